@@ -1,0 +1,181 @@
+#include "platform/linux/QtHttp.h"
+
+#include <QCoreApplication>
+#include <QNetworkAccessManager>
+#include <QThread>
+#include <QThreadStorage>
+
+namespace {
+
+// What waits inside Qt while we do not read; the sender is slowed down beyond it.
+constexpr qint64 ReadBufferSize = 1024 * 1024;
+
+QNetworkAccessManager &managerOfThisThread()
+{
+    static QThreadStorage<std::shared_ptr<QNetworkAccessManager>> managers;
+    if (!managers.hasLocalData())
+        managers.setLocalData(std::make_shared<QNetworkAccessManager>());
+    return *managers.localData();
+}
+
+bool isRedirect(int status) { return status >= 300 && status < 400 && status != 304; }
+
+// Qt counts statuses of 400 and more as errors; here they are answers like any other.
+bool isOnlyTheStatus(QNetworkReply::NetworkError error)
+{
+    return (error >= QNetworkReply::ContentAccessDenied &&
+            error <= QNetworkReply::UnknownContentError) ||
+           (error >= QNetworkReply::InternalServerError &&
+            error <= QNetworkReply::UnknownServerError);
+}
+
+QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslConfiguration)
+{
+    QNetworkRequest result(request.url);
+    result.setSslConfiguration(sslConfiguration);
+    result.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    // One file at a time gains nothing from multiplexing, and HTTP/1.1 keeps the flow control of
+    // one connection as simple as that of its socket.
+    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                        request.redirects == HttpRequest::Redirects::SameOrigin
+                            ? QNetworkRequest::SameOriginRedirectPolicy
+                            : QNetworkRequest::NoLessSafeRedirectPolicy);
+    for (const auto &[name, value] : request.headers)
+        result.setRawHeader(name, value);
+    return result;
+}
+
+} // namespace
+
+QtHttpConnection::QtHttpConnection(const HttpRequest &request,
+                                   std::shared_ptr<HttpConnectionDelegate> delegate,
+                                   const QSslConfiguration &sslConfiguration)
+    : m_request(request),
+      m_sslConfiguration(sslConfiguration),
+      m_delegate(std::move(delegate)),
+      m_idleTimer(this)
+{
+    m_idleTimer.setSingleShot(true);
+    connect(&m_idleTimer, &QTimer::timeout, this, &QtHttpConnection::giveUpWaiting);
+}
+
+void QtHttpConnection::start()
+{
+    m_self = shared_from_this();
+    QThread *const mainThread = QCoreApplication::instance()->thread();
+    if (thread() == mainThread || thread()->loopLevel() > 0) {
+        send();
+        return;
+    }
+    moveToThread(mainThread);
+    QMetaObject::invokeMethod(this, &QtHttpConnection::send, Qt::QueuedConnection);
+}
+
+void QtHttpConnection::send()
+{
+    m_reply = managerOfThisThread().sendCustomRequest(toQt(m_request, m_sslConfiguration),
+                                                      m_request.method, m_request.body);
+    m_reply->setReadBufferSize(ReadBufferSize);
+    connect(m_reply, &QNetworkReply::metaDataChanged, this, &QtHttpConnection::takeResponse);
+    connect(m_reply, &QNetworkReply::readyRead, this, &QtHttpConnection::takeData);
+    connect(m_reply, &QNetworkReply::finished, this, &QtHttpConnection::takeEnd);
+    m_idleTimer.start(m_request.idleTimeout);
+}
+
+void QtHttpConnection::setPaused(bool isPaused)
+{
+    if (thread() != QThread::currentThread()) {
+        QMetaObject::invokeMethod(
+            this, [self = shared_from_this(), isPaused] { self->setPaused(isPaused); },
+            Qt::QueuedConnection);
+        return;
+    }
+    if (!m_reply || std::exchange(m_isPaused, isPaused) == isPaused)
+        return;
+    if (isPaused) {
+        m_idleTimer.stop();
+        return;
+    }
+    m_idleTimer.start(m_request.idleTimeout);
+    takeData();
+    if (m_reply && m_reply->isFinished() && !m_isPaused)
+        takeEnd();
+}
+
+void QtHttpConnection::takeResponse()
+{
+    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (m_hasResponse || status == 0 || isRedirect(status))
+        return;
+    m_hasResponse = true;
+    const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
+    const bool isEncoded = m_reply->hasRawHeader(QByteArrayLiteral("Content-Encoding"));
+    m_expectedLength = length.isValid() && !isEncoded ? length.toLongLong() : -1;
+    m_delegate->connectionDidReceiveResponse({status, m_expectedLength});
+}
+
+void QtHttpConnection::takeData()
+{
+    if (m_isPaused || !m_reply)
+        return;
+    takeResponse();
+    if (!m_hasResponse)
+        return;
+    if (!m_reply->isFinished())
+        m_idleTimer.start(m_request.idleTimeout);
+    const QByteArray data = m_reply->readAll();
+    if (data.isEmpty())
+        return;
+    m_receivedLength += data.size();
+    m_delegate->connectionDidReceiveData(data);
+}
+
+void QtHttpConnection::takeEnd()
+{
+    if (m_isPaused || !m_reply)
+        return;
+    m_idleTimer.stop();
+    takeData();
+    if (m_isPaused)
+        return;
+    const QNetworkReply::NetworkError error = m_reply->error();
+    if (m_hasTimedOut)
+        fail({QStringLiteral("The request timed out."), int(error)});
+    else if (error != QNetworkReply::NoError && !isOnlyTheStatus(error))
+        fail({m_reply->errorString(), int(error)});
+    else if (!m_hasResponse || !isWholeBody())
+        fail({QStringLiteral("The network connection was lost."),
+              int(QNetworkReply::RemoteHostClosedError)});
+    else {
+        m_delegate->connectionDidFinishLoading();
+        end();
+    }
+}
+
+bool QtHttpConnection::isWholeBody() const
+{
+    return m_expectedLength < 0 || m_receivedLength >= m_expectedLength ||
+           m_request.method == QByteArrayLiteral("HEAD");
+}
+
+void QtHttpConnection::giveUpWaiting()
+{
+    m_hasTimedOut = true;
+    m_reply->abort();
+}
+
+void QtHttpConnection::fail(const Error &error)
+{
+    m_delegate->connectionDidFailWithError(error);
+    end();
+}
+
+void QtHttpConnection::end()
+{
+    m_reply->disconnect(this);
+    m_reply->deleteLater();
+    m_reply = nullptr;
+    m_delegate.reset();
+    m_self.reset(); // may be the last reference
+}

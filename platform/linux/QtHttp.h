@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/HttpConnection.h"
+
+#include <QNetworkReply>
+#include <QObject>
+#include <QSslConfiguration>
+#include <QTimer>
+
+#include <memory>
+
+// HttpConnection over one QNetworkReply, which in turn does its work on a thread of Qt's own: what
+// happens on this object's thread is the hand-over of finished pieces.
+class QtHttpConnection final : public QObject,
+                               public HttpConnection,
+                               public std::enable_shared_from_this<QtHttpConnection>
+{
+    Q_OBJECT
+
+public:
+    QtHttpConnection(const HttpRequest &request, std::shared_ptr<HttpConnectionDelegate> delegate,
+                     const QSslConfiguration &sslConfiguration);
+
+    void start() override;
+    void setPaused(bool isPaused) override;
+
+private:
+    void send();
+    void takeResponse();
+    void takeData();
+    void takeEnd();
+    void fail(const Error &error);
+    void giveUpWaiting();
+    void end();
+    [[nodiscard]] bool isWholeBody() const;
+
+    const HttpRequest m_request;
+    const QSslConfiguration m_sslConfiguration;
+    std::shared_ptr<HttpConnectionDelegate> m_delegate;
+    std::shared_ptr<QtHttpConnection> m_self; // from start() to the last message
+    QNetworkReply *m_reply = nullptr;         // owned by its manager until deleteLater()
+    QTimer m_idleTimer;
+    qint64 m_expectedLength = -1;
+    qint64 m_receivedLength = 0;
+    bool m_hasResponse = false;
+    bool m_isPaused = false;
+    bool m_hasTimedOut = false;
+};
