@@ -1,0 +1,12 @@
+#!/usr/bin/env python3
+"""Draw every picture of the window into the directory above this one."""
+import os
+
+import controls
+import scene
+
+if __name__ == "__main__":
+    here = os.path.dirname(os.path.abspath(__file__))
+    out = os.path.dirname(here)
+    controls.draw(out)
+    scene.draw(out)
