@@ -106,7 +106,7 @@ void QtHttpConnection::setPaused(bool isPaused)
 void QtHttpConnection::takeResponse()
 {
     const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (m_hasResponse || status == 0 || isRedirect(status))
+    if (m_isPaused || m_hasResponse || status == 0 || isRedirect(status))
         return;
     m_hasResponse = true;
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
