@@ -1,0 +1,1 @@
+"""The launcher's hosts on one machine: downloads, accounts, pages and their faults."""
