@@ -29,11 +29,12 @@ PatchSolver::PatchTree PatchSolver::createPatchTree(const PatchFiles &patches,
             tree.root = list.last();
     }
     for (PatchNode *node : list)
-        node->setChildren(findChildren(node->patchFile()->toHash(), list));
+        node->setChildren(findChildrenFor(node->patchFile()->toHash(), list));
     return tree;
 }
 
-QList<PatchNode *> PatchSolver::findChildren(const QString &hash, const QList<PatchNode *> &patches)
+QList<PatchNode *> PatchSolver::findChildrenFor(const QString &hash,
+                                                const QList<PatchNode *> &patches)
 {
     QList<PatchNode *> children;
     for (PatchNode *node : patches) {

@@ -36,8 +36,8 @@ public:
     [[nodiscard]] PatchTree createPatchTree(const PatchFiles &patches,
                                             const std::optional<QString> &startHash);
     // The nodes whose patch starts from the hash, in the given order.
-    [[nodiscard]] QList<PatchNode *> findChildren(const QString &hash,
-                                                  const QList<PatchNode *> &patches);
+    [[nodiscard]] QList<PatchNode *> findChildrenFor(const QString &hash,
+                                                     const QList<PatchNode *> &patches);
     // The path found, root first; empty when there is none. Marks the nodes it enters and never
     // clears a mark.
     [[nodiscard]] QList<PatchNode *> solve(PatchNode *root, const std::optional<QString> &endHash);

@@ -102,7 +102,7 @@ void VARNOPatcher::writeCompletion(const QString &fileName, const std::optional<
     const qint64 totalFiles = m_totalFiles;
     lock.unlock();
     if (delegate)
-        delegate->patcherWriteUpdate(writeCount, totalFiles, fileName);
+        delegate->patcherWriteUpdateWithCurrentFile(writeCount, totalFiles, fileName);
 
     lock.lock();
     m_logs += logText.value_or(QString()) + QLatin1Char('\n');

@@ -36,7 +36,7 @@ void VARNOPatcher::setDelegate(std::shared_ptr<VARNOPatcherDelegate> delegate)
     m_delegate.swap(delegate); // the old one is released after the lock
 }
 
-void VARNOPatcher::enqueue(const std::shared_ptr<Downloadable> &file)
+void VARNOPatcher::enqueueWithFile(const std::shared_ptr<Downloadable> &file)
 {
     const QUrl url = file->downloadURL();
     const std::lock_guard lock(m_mutex);
@@ -67,7 +67,7 @@ void VARNOPatcher::start()
 void VARNOPatcher::downloadNext()
 {
     while (const auto file = takeNextFile()) {
-        if (startDownload(file))
+        if (startDownloadWithFile(file))
             return;
         countFailure();
     }
@@ -104,10 +104,10 @@ void VARNOPatcher::reportEndOfQueue()
     if (isFinished)
         delegate->patcherDidFinish();
     else
-        delegate->patcherWriteUpdate(writeCount, totalFiles, filename);
+        delegate->patcherWriteUpdateWithCurrentFile(writeCount, totalFiles, filename);
 }
 
-bool VARNOPatcher::startDownload(const std::shared_ptr<Downloadable> &file)
+bool VARNOPatcher::startDownloadWithFile(const std::shared_ptr<Downloadable> &file)
 {
     HttpRequest request;
     request.url = file->downloadURL();
@@ -158,9 +158,9 @@ void VARNOPatcher::connectionDidReceiveData(const QByteArray &data)
     lock.unlock();
 
     if (delegate)
-        delegate->patcherUpdate(received * MegaBytesPerByte, expected * MegaBytesPerByte,
-                                received / elapsed.count() * MegaBytesPerByte, currentFile,
-                                filename, totalFiles);
+        delegate->patcherUpdateWithMegaByteCount(
+            received * MegaBytesPerByte, expected * MegaBytesPerByte,
+            received / elapsed.count() * MegaBytesPerByte, currentFile, filename, totalFiles);
 }
 
 void VARNOPatcher::connectionDidFailWithError(const Error &error)

@@ -37,7 +37,7 @@ public:
     // Held strongly.
     void setDelegate(std::shared_ptr<VARNOPatcherDelegate> delegate);
     // Drops the file when one with an equal URL is waiting to be downloaded.
-    void enqueue(const std::shared_ptr<Downloadable> &file);
+    void enqueueWithFile(const std::shared_ptr<Downloadable> &file);
     // Empties the log and takes the first file. Counts go on from earlier runs. Once a run: a
     // second call while a download is under way starts another beside it.
     void start();
@@ -76,7 +76,7 @@ public:
 private:
     void downloadNext();
     [[nodiscard]] std::shared_ptr<Downloadable> takeNextFile();
-    [[nodiscard]] bool startDownload(const std::shared_ptr<Downloadable> &file);
+    [[nodiscard]] bool startDownloadWithFile(const std::shared_ptr<Downloadable> &file);
     void reportEndOfQueue();
     void countFailure();
     void writeData(const QByteArray &data, const std::shared_ptr<Downloadable> &file);

@@ -43,6 +43,9 @@ std::optional<Error> writeAtomically(const QString &path, const QByteArray &byte
 // it may be there.
 std::optional<Error> write(const QString &path, const QByteArray &bytes);
 
+// Gives the regular file at `path` the permissions 0755. Links are not followed.
+std::optional<Error> makeExecutable(const QString &path);
+
 // Waits until everything written so far to the file system of that path is on the disk.
 std::optional<Error> synchronize(const QString &path);
 

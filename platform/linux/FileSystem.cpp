@@ -179,6 +179,20 @@ std::optional<Error> write(const QString &path, const QByteArray &bytes)
     return std::nullopt;
 }
 
+std::optional<Error> makeExecutable(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat attributes {};
+    int number = lstat(name.constData(), &attributes) == 0 ? 0 : errno;
+    if (number == 0 && !S_ISREG(attributes.st_mode))
+        number = EINVAL;
+    if (number == 0 && chmod(name.constData(), 0755) != 0)
+        number = errno;
+    if (number == 0)
+        return std::nullopt;
+    return systemError(QStringLiteral("Cannot make executable"), path, number);
+}
+
 std::optional<Error> synchronize(const QString &path)
 {
     const Descriptor file(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));

@@ -1,0 +1,39 @@
+#include "controller/Manifest.h"
+
+#include "platform/HttpClient.h"
+
+#include <QJsonDocument>
+
+namespace Manifest {
+
+namespace {
+
+constexpr int FirstFailureStatus = 400;
+
+} // namespace
+
+Fetched fetch(HttpClient &httpClient, const QString &url)
+{
+    const HttpClient::Contents contents =
+        httpClient.dataWithContentsOfURL(QUrl(url, QUrl::StrictMode));
+    if (!contents.data)
+        return {Fetched::Outcome::NoData, {}, contents.error};
+    if (contents.status >= FirstFailureStatus)
+        return {
+            Fetched::Outcome::NoData,
+            {},
+            Error{QStringLiteral("The server answered %1.").arg(contents.status), contents.status}};
+
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(*contents.data, &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return {Fetched::Outcome::Unparsable,
+                {},
+                Error{QStringLiteral("The manifest at %1 is not valid JSON: %2 at byte %3.")
+                          .arg(url, parseError.errorString())
+                          .arg(parseError.offset),
+                      parseError.error}};
+    return {Fetched::Outcome::Parsed, document.object(), {}};
+}
+
+} // namespace Manifest

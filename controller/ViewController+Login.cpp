@@ -1,0 +1,186 @@
+// The login: what the player typed, the request, the reply, and the second step.
+#include "account/LocalAuthenticationHandler.h"
+#include "account/VARNOPostHelper.h"
+#include "app/Configuration.h"
+#include "app/ErrorHandler.h"
+#include "controller/ViewController.h"
+#include "platform/AlertPresenter.h"
+#include "platform/DispatchQueue.h"
+#include "platform/UserDefaults.h"
+#include "ui/LauncherView.h"
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+#include <QRegularExpression>
+
+namespace {
+
+constexpr qint64 TwoStepTokenRequired = 3;
+constexpr qint64 LoggedIn = 7;
+
+// How the platform prints an object that is not there.
+const auto NullText = QStringLiteral("(null)");
+
+QString localized(const char *text) { return QCoreApplication::translate("Alerts", text); }
+
+// Numbers given as strings count; a string counts as the number it begins with, or 0.
+std::optional<qint64> integerOf(const QJsonValue &value)
+{
+    if (value.isBool())
+        return value.toBool() ? 1 : 0;
+    if (value.isDouble())
+        return qint64(value.toDouble());
+    if (!value.isString())
+        return std::nullopt;
+    static const QRegularExpression leadingInteger(QStringLiteral("\\A\\s*([+-]?[0-9]+)"));
+    return leadingInteger.match(value.toString()).captured(1).toLongLong();
+}
+
+std::optional<QString> textOf(const QJsonValue &value)
+{
+    if (value.isString())
+        return value.toString();
+    if (value.isDouble() || value.isBool())
+        return value.toVariant().toString();
+    return std::nullopt;
+}
+
+} // namespace
+
+void ViewController::loginUsername(const QString &username, const QString &password)
+{
+    if (m_launcherView.isPlayButtonEnabled())
+        loginUsername(username, password, QString());
+}
+
+void ViewController::loginUsername(const QString &username, const QString &password,
+                                   const QString &twoStepToken)
+{
+    LocalAuthenticationHandler &stored = m_services.localAuthentication;
+    const bool isIncomplete = username.isEmpty() || password.isEmpty();
+    if (isIncomplete && stored.canEvaluatePolicy() && stored.isTouchIDEnabled()) {
+        // A refused finger brings two empty texts, and an empty login is sent all the same: the
+        // server's answer tells the player.
+        stored.loadCredentials(
+            [self = shared_from_this(), twoStepToken](const QString &name, const QString &secret) {
+                DispatchQueue::main()->async([self, name, secret, twoStepToken] {
+                    self->m_launcherView.accountIDField()->setText(name);
+                    self->m_launcherView.passwordField()->setText(secret);
+                    self->postLoginWithUsername(name, secret, twoStepToken);
+                });
+            });
+    } else if (username.isEmpty() && password.isEmpty()) {
+        m_launcherView.setStatus(QStringLiteral("You must enter a Username and Password."));
+    } else if (password.isEmpty()) {
+        m_launcherView.setStatus(QStringLiteral("You must enter a Password."));
+        m_launcherView.passwordField()->setFocus();
+    } else if (username.isEmpty()) {
+        m_launcherView.setStatus(QStringLiteral("You must enter a Username."));
+        m_launcherView.accountIDField()->setFocus();
+    } else {
+        postLoginWithUsername(username, password, twoStepToken);
+    }
+}
+
+std::optional<QString> ViewController::environmentFromUsername(const QString &username)
+{
+    const QStringList pieces = username.split(QLatin1Char('@'));
+    if (pieces.size() != 2)
+        return std::nullopt;
+    return pieces.last().trimmed();
+}
+
+void ViewController::postLoginWithUsername(const QString &username, const QString &password,
+                                           const QString &twoStepToken)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_currentEnvironment = environmentFromUsername(username);
+    }
+    m_launcherView.setPlayButtonEnabled(false);
+    m_launcherView.setStatus(QStringLiteral("Contacting account server..."));
+    m_postHelper->postToURL(m_services.configuration.loginUrl(),
+                            {{QStringLiteral("username"), username},
+                             {QStringLiteral("password"), password},
+                             {QStringLiteral("gtoken"), twoStepToken}},
+                            [self = shared_from_this()](const std::optional<QByteArray> &data,
+                                                        const std::optional<Error> &error) {
+                                self->parseLoginData(data, error);
+                            });
+}
+
+void ViewController::parseLoginData(const std::optional<QByteArray> &data,
+                                    const std::optional<Error> &error)
+{
+    if (!data || error) {
+        ErrorHandler::log(error.value_or(Error{QStringLiteral("The login brought no data."), 0}));
+        m_launcherView.setStatus(QStringLiteral("900: Couldn't connect to the account server."));
+        m_launcherView.setPlayButtonEnabled(true);
+        return;
+    }
+    takeLoginReply(QJsonDocument::fromJson(*data).object());
+}
+
+void ViewController::takeLoginReply(const QJsonObject &reply)
+{
+    const auto status = integerOf(reply[QStringLiteral("status")]);
+    if (!status) {
+        m_launcherView.setPlayButtonEnabled(true);
+        return;
+    }
+    const QString message = textOf(reply[QStringLiteral("message")]).value_or(NullText);
+    const QString text = QStringLiteral("50%1: %2").arg(QString::number(*status), message);
+    m_launcherView.setStatus(text);
+
+    if (*status == LoggedIn) {
+        loginSucceeded(reply);
+        return;
+    }
+    if (*status == TwoStepTokenRequired) {
+        DispatchQueue::main()->async(
+            [self = shared_from_this(), text] { self->showTwoStepAuthenticationAlertWith(text); });
+    }
+    m_launcherView.setPlayButtonEnabled(true);
+}
+
+void ViewController::loginSucceeded(const QJsonObject &reply)
+{
+    m_services.userDefaults.set(QStringLiteral("prevUser"),
+                                m_launcherView.accountIDField()->text());
+    m_services.userDefaults.synchronize();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_playCookie = textOf(reply[QStringLiteral("token")]);
+        m_gameserver = textOf(reply[QStringLiteral("gameserver")]);
+    }
+    m_launcherView.setStatus(QStringLiteral("Checking for updates..."));
+    m_launcherView.swordsmenImage()->setHidden(false);
+    m_launcherView.hideLoginForm(true);
+    downloadPatcherJSON(m_services.configuration.manifestUrl(currentEnvironment()),
+                        [self = shared_from_this()] { self->startThePatcher(); });
+    DispatchQueue::main()->async([self = shared_from_this()] { self->offerStoredCredentials(); });
+}
+
+void ViewController::offerStoredCredentials()
+{
+    LocalAuthenticationHandler &stored = m_services.localAuthentication;
+    if (stored.canEvaluatePolicy() && stored.askUserToEnableTouchID())
+        stored.setupWithUsername(m_launcherView.accountIDField()->text(),
+                                 m_launcherView.passwordField()->text());
+}
+
+void ViewController::showTwoStepAuthenticationAlertWith(const QString &text)
+{
+    Alert alert;
+    alert.messageText = localized("Two-step Authentication");
+    alert.informativeText = text;
+    alert.buttons = {localized("Confirm"), localized("Cancel")};
+    m_services.alertPresenter.beginSheet(
+        alert, [self = shared_from_this()](int response, const QString &token) {
+            if (response == AlertPresenter::FirstButtonReturn)
+                self->loginUsername(self->m_launcherView.accountIDField()->text(),
+                                    self->m_launcherView.passwordField()->text(), token);
+        });
+}
+
+void ViewController::textFieldUpdate(const QString &, const QString &) {}

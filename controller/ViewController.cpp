@@ -1,0 +1,185 @@
+#include "controller/ViewController.h"
+
+#include "account/VARNOPostHelper.h"
+#include "app/Configuration.h"
+#include "app/ErrorHandler.h"
+#include "controller/Manifest.h"
+#include "patcher/VARNOPatcher.h"
+#include "platform/ActivationPolicy.h"
+#include "platform/DispatchQueue.h"
+#include "platform/FileSystem.h"
+#include "platform/UserDefaults.h"
+#include "ui/LauncherView.h"
+#include "ui/VARNOProgressView.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+using QualityOfService = DispatchQueue::QualityOfService;
+
+ViewController::ViewController(LauncherView &launcherView, const ControllerServices &services)
+    : m_launcherView(launcherView),
+      m_services(services),
+      m_postHelper(std::make_unique<VARNOPostHelper>(services.httpClient))
+{
+}
+
+ViewController::~ViewController() = default;
+
+void ViewController::viewDidLoad()
+{
+    setup();
+    DispatchQueue::global(QualityOfService::High)->async([self = shared_from_this()] {
+        self->createApplicationSupportDir();
+    });
+    m_launcherView.setDelegate(this);
+    DispatchQueue::global(QualityOfService::Background)->async([self = shared_from_this()] {
+        self->cleanUpOldDMGFiles();
+    });
+}
+
+void ViewController::setup()
+{
+    m_services.activationPolicy.setActivationPolicy(ActivationPolicy::Policy::Regular);
+    m_launcherView.prepareForLogin();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_currentEnvironment.reset();
+        m_needDownloadPatcher = true;
+    }
+    downloadPatcherJSON(m_services.configuration.manifestUrl(currentEnvironment()));
+    m_launcherView.setPlayButtonEnabled(true);
+    if (const auto previousUser = m_services.userDefaults.string(QStringLiteral("prevUser")))
+        m_launcherView.accountIDField()->setText(*previousUser);
+}
+
+void ViewController::viewDidAppear() { m_launcherView.accountIDField()->setFocus(); }
+
+void ViewController::viewWillDisappear()
+{
+    m_launcherView.setDelegate(nullptr);
+    // The engine holds its delegate: without this neither would ever go.
+    if (const auto engine = patcher())
+        engine->setDelegate(nullptr);
+}
+
+void ViewController::createApplicationSupportDir()
+{
+    const QString folder = m_services.configuration.dataFolder;
+    if (FileSystem::exists(folder))
+        return;
+    if (const auto error = FileSystem::createDirectory(folder))
+        ErrorHandler::log(*error);
+}
+
+void ViewController::cleanUpOldDMGFiles()
+{
+    const QString path = m_services.configuration.dataFolder;
+    const QDir folder(path);
+    if (!folder.isReadable()) {
+        ErrorHandler::log(QStringLiteral("The folder %1 cannot be listed.").arg(path));
+        return;
+    }
+    const QStringList names =
+        folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString &name : names) {
+        if (!name.endsWith(QStringLiteral(".dmg"), Qt::CaseSensitive))
+            continue;
+        const QString item = path + QLatin1Char('/') + name;
+        if (!QFile::remove(item))
+            QDir(item).removeRecursively();
+    }
+}
+
+void ViewController::downloadPatcherJSON(const QString &url, const Completion &completion)
+{
+    DispatchQueue::global(QualityOfService::High)
+        ->async([self = shared_from_this(), url, completion] {
+            const Manifest::Fetched fetched = Manifest::fetch(self->m_services.httpClient, url);
+            if (fetched.outcome == Manifest::Fetched::Outcome::NoData)
+                return;
+            self->didFinishDownloadingPatcherJSON(fetched.json, url, fetched.error, completion);
+        });
+}
+
+void ViewController::didFinishDownloadingPatcherJSON(const QJsonObject &patcherJson,
+                                                     const QString &url,
+                                                     const std::optional<Error> &error,
+                                                     const Completion &completion)
+{
+    if (error) {
+        ErrorHandler::log(*error);
+        downloadPatcherJSON(url, completion); // without limit and without delay, deliberately
+        return;
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        m_needDownloadPatcher = false;
+        m_patcherJson = patcherJson;
+    }
+    DispatchQueue::main()->async(
+        [self = shared_from_this(), patcherJson] { self->checkVersions(patcherJson); });
+    constexpr bool disablePatching = true;
+    checkFiles(patcherJson[QStringLiteral("files")].toObject(), disablePatching);
+    if (completion)
+        DispatchQueue::main()->async(completion);
+}
+
+void ViewController::checkVersions(const QJsonObject &patcherJson)
+{
+    const QJsonValue serverVersion = patcherJson[QStringLiteral("server-version")];
+    if (serverVersion.isString())
+        m_launcherView.setServerVersion(serverVersion.toString());
+
+    const QJsonValue launcherVersion = patcherJson[QStringLiteral("mac-launcher-version")];
+    if (launcherVersion.isString() &&
+        launcherVersion.toString() != QCoreApplication::applicationVersion() &&
+        !currentEnvironment())
+        m_launcherView.showLauncherOutOfDate(launcherVersion.toString());
+}
+
+void ViewController::startThePatcher()
+{
+    DispatchQueue::main()->async([self = shared_from_this()] {
+        self->m_launcherView.swordsmenImage()->setHidden(false);
+        self->m_launcherView.patcherProgressBar()->setValue(0.0);
+        if (const auto engine = self->patcher())
+            engine->start();
+    });
+}
+
+std::optional<QString> ViewController::currentEnvironment() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_currentEnvironment;
+}
+
+QJsonObject ViewController::patcherJson() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_patcherJson;
+}
+
+std::shared_ptr<VARNOPatcher> ViewController::patcher() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_patcher;
+}
+
+bool ViewController::needDownloadPatcher() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_needDownloadPatcher;
+}
+
+std::optional<QString> ViewController::playCookie() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_playCookie;
+}
+
+std::optional<QString> ViewController::gameserver() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_gameserver;
+}
