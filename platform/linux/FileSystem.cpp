@@ -182,7 +182,9 @@ std::optional<Error> write(const QString &path, const QByteArray &bytes)
 std::optional<Error> makeExecutable(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
-    struct stat attributes {};
+    struct stat attributes
+    {
+    };
     int number = lstat(name.constData(), &attributes) == 0 ? 0 : errno;
     if (number == 0 && !S_ISREG(attributes.st_mode))
         number = EINVAL;

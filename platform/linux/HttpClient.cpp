@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QSslCertificate>
+#include <QSslSocket>
 #include <QThread>
 
 #include <future>
@@ -56,6 +57,8 @@ public:
     explicit QtHttpClient(const QString &extraCertificateFile)
         : m_extraCertificateFile(extraCertificateFile)
     {
+        // Qt loads its TLS library at first use and warns when two threads are the first.
+        QSslSocket::supportsSsl();
         m_readerContext.moveToThread(&m_reader);
         m_reader.setObjectName(QStringLiteral("http"));
         m_reader.start();
@@ -65,6 +68,7 @@ public:
     {
         m_reader.quit();
         m_reader.wait();
+        QtHttpConnection::closeIdleConnectionsOfThisThread();
     }
 
     std::shared_ptr<HttpConnection>

@@ -10,9 +10,10 @@ namespace {
 // What waits inside Qt while we do not read; the sender is slowed down beyond it.
 constexpr qint64 ReadBufferSize = 1024 * 1024;
 
+QThreadStorage<std::shared_ptr<QNetworkAccessManager>> managers;
+
 QNetworkAccessManager &managerOfThisThread()
 {
-    static QThreadStorage<std::shared_ptr<QNetworkAccessManager>> managers;
     if (!managers.hasLocalData())
         managers.setLocalData(std::make_shared<QNetworkAccessManager>());
     return *managers.localData();
@@ -47,6 +48,12 @@ QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslCon
 }
 
 } // namespace
+
+void QtHttpConnection::closeIdleConnectionsOfThisThread()
+{
+    if (managers.hasLocalData())
+        managers.setLocalData(nullptr);
+}
 
 QtHttpConnection::QtHttpConnection(const HttpRequest &request,
                                    std::shared_ptr<HttpConnectionDelegate> delegate,

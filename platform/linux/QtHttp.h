@@ -21,6 +21,9 @@ public:
     QtHttpConnection(const HttpRequest &request, std::shared_ptr<HttpConnectionDelegate> delegate,
                      const QSslConfiguration &sslConfiguration);
 
+    // Left alone, they are closed only when the application object has gone, and Qt misses it.
+    static void closeIdleConnectionsOfThisThread();
+
     void start() override;
     void setPaused(bool isPaused) override;
 
