@@ -1,0 +1,56 @@
+#include "app/Application.h"
+
+#include "app/CommandLine.h"
+#include "app/Configuration.h"
+#include "app/UpdateCommand.h"
+#include "platform/DispatchQueue.h"
+#include "platform/HttpClient.h"
+#include "platform/UserDefaults.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace Application {
+
+namespace {
+
+constexpr int MillisecondsForUnfinishedWork = 2000;
+
+void name()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("quellmoor-launcher"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUELLMOOR_VERSION));
+}
+
+// Threads that still wait, for a server or for the game, must not hold the process; they would find
+// their world gone, so it ends without tearing it down.
+int end(int exitCode)
+{
+    if (DispatchQueue::drain(MillisecondsForUnfinishedWork))
+        return exitCode;
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}
+
+} // namespace
+
+int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    name();
+    const Configuration configuration = Configuration::compiledIn();
+    UserDefaults userDefaults(configuration.settingsFile());
+    const auto httpClient = makeHttpClient(configuration.extraCertificateFile);
+    const auto command =
+        std::make_shared<UpdateCommand>(commandLine, configuration, *httpClient, userDefaults);
+
+    DispatchQueue::global(DispatchQueue::QualityOfService::High)->async([command] {
+        const int exitCode = command->run();
+        DispatchQueue::main()->async([exitCode] { QCoreApplication::exit(exitCode); });
+    });
+    return end(QCoreApplication::exec());
+}
+
+} // namespace Application
