@@ -42,16 +42,18 @@ void TestLaunchScript::isWrittenToTheLetter_data()
     LaunchScript script = plainScript();
     QTest::newRow("no environment")
         << script
-        << QStringLiteral("export VARNO_PLAYCOOKIE=cookie\n export VARNO_GAMESERVER=game.example:7777\n"
-                          " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
-                          " export DYLD_LIBRARY_PATH=libs/\n \n /data/Game/Quellmoor\n");
+        << QStringLiteral(
+               "export VARNO_PLAYCOOKIE=cookie\n export VARNO_GAMESERVER=game.example:7777\n"
+               " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
+               " export DYLD_LIBRARY_PATH=libs/\n \n /data/Game/Quellmoor\n");
     script.isDevelopmentRun = true;
     QTest::newRow("an environment, empty or not")
         << script
-        << QStringLiteral("export VARNO_PLAYCOOKIE=cookie\n export VARNO_GAMESERVER=game.example:7777\n"
-                          " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
-                          " export DYLD_LIBRARY_PATH=libs/\n export VARNO_DEV=YES\n"
-                          " /data/Game/Quellmoor\n");
+        << QStringLiteral(
+               "export VARNO_PLAYCOOKIE=cookie\n export VARNO_GAMESERVER=game.example:7777\n"
+               " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
+               " export DYLD_LIBRARY_PATH=libs/\n export VARNO_DEV=YES\n"
+               " /data/Game/Quellmoor\n");
     script = plainScript();
     script.playCookie.reset();
     script.gameserver.reset();
@@ -64,17 +66,19 @@ void TestLaunchScript::isWrittenToTheLetter_data()
     script.gameExecutable = QStringLiteral("/My Data (old)/Game/Quell moor (2)$&'\"");
     QTest::newRow("blanks and round brackets in the path, and what is not escaped")
         << script
-        << QStringLiteral("export VARNO_PLAYCOOKIE=cookie\n export VARNO_GAMESERVER=game.example:7777\n"
-                          " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
-                          " export DYLD_LIBRARY_PATH=libs/\n \n"
-                          " /My\\ Data\\ \\(old\\)/Game/Quell\\ moor\\ \\(2\\)$&'\"\n");
+        << QStringLiteral(
+               "export VARNO_PLAYCOOKIE=cookie\n export VARNO_GAMESERVER=game.example:7777\n"
+               " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
+               " export DYLD_LIBRARY_PATH=libs/\n \n"
+               " /My\\ Data\\ \\(old\\)/Game/Quell\\ moor\\ \\(2\\)$&'\"\n");
     script = plainScript();
     script.playCookie = QStringLiteral("%1 %2 $x");
     QTest::newRow("values as they are")
         << script
-        << QStringLiteral("export VARNO_PLAYCOOKIE=%1 %2 $x\n export VARNO_GAMESERVER=game.example:7777\n"
-                          " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
-                          " export DYLD_LIBRARY_PATH=libs/\n \n /data/Game/Quellmoor\n");
+        << QStringLiteral(
+               "export VARNO_PLAYCOOKIE=%1 %2 $x\n export VARNO_GAMESERVER=game.example:7777\n"
+               " export DYLD_FRAMEWORK_PATH=Frameworks/\n"
+               " export DYLD_LIBRARY_PATH=libs/\n \n /data/Game/Quellmoor\n");
 }
 
 void TestLaunchScript::isWrittenToTheLetter()
@@ -101,9 +105,9 @@ void TestLaunchScript::handsThePlainValuesToTheGame()
     ShellTask task(script.text(), folder.path());
     QVERIFY(!task.launch());
     task.waitUntilExit();
-    QCOMPARE(QString::fromUtf8(contentsOf(folder.filePath(QStringLiteral("seen")))),
-             QStringLiteral("cookie|game.example:7777|Frameworks/|libs/|YES|%1|")
-                 .arg(folder.path()));
+    QCOMPARE(
+        QString::fromUtf8(contentsOf(folder.filePath(QStringLiteral("seen")))),
+        QStringLiteral("cookie|game.example:7777|Frameworks/|libs/|YES|%1|").arg(folder.path()));
 }
 
 QUELLMOOR_TEST(TestLaunchScript, "LaunchScript")
