@@ -2,6 +2,8 @@
 
 #include "app/CommandLine.h"
 #include "app/Configuration.h"
+#include "app/ErrorHandler.h"
+#include "app/SingleInstance.h"
 #include "app/UpdateCommand.h"
 #include "platform/DispatchQueue.h"
 #include "platform/HttpClient.h"
@@ -17,6 +19,7 @@ namespace Application {
 namespace {
 
 constexpr int MillisecondsForUnfinishedWork = 2000;
+constexpr int AnotherLauncher = 3;
 
 void name()
 {
@@ -41,6 +44,13 @@ int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
     const QCoreApplication application(argc, argv);
     name();
     const Configuration configuration = Configuration::compiledIn();
+    SingleInstance instance(configuration.dataFolder);
+    const bool isWriter = commandLine.action == CommandLine::Action::Update;
+    if (isWriter && !instance.claimQuietly()) {
+        ErrorHandler::log(
+            QStringLiteral("Another launcher is at work on %1.").arg(configuration.dataFolder));
+        return AnotherLauncher;
+    }
     UserDefaults userDefaults(configuration.settingsFile());
     const auto httpClient = makeHttpClient(configuration.extraCertificateFile);
     const auto command =

@@ -11,7 +11,8 @@ const QCommandLineOption verifyOption(QStringLiteral("verify"),
 const QCommandLineOption updateOption(QStringLiteral("update"),
                                       QStringLiteral("Make the game folder identical to the "
                                                      "manifest without a window. Exit codes as "
-                                                     "above, for the folder afterwards."));
+                                                     "above, for the folder afterwards; "
+                                                     "3: another launcher is at work."));
 const QCommandLineOption environmentOption(QStringLiteral("environment"),
                                            QStringLiteral("Use the manifest of that environment "
                                                           "(with --verify or --update)."),

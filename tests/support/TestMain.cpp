@@ -59,6 +59,7 @@ void makePrivateHome()
     qputenv("XDG_CONFIG_HOME", path + "/config");
     qputenv("XDG_CACHE_HOME", path + "/cache");
     qputenv("XDG_STATE_HOME", path + "/state");
+    qputenv("XDG_RUNTIME_DIR", path);
 }
 
 } // namespace TestMain

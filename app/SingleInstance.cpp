@@ -1,0 +1,86 @@
+#include "app/SingleInstance.h"
+
+#include "app/ErrorHandler.h"
+#include "platform/FileSystem.h"
+
+#include <QCryptographicHash>
+#include <QDeadlineTimer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int MillisecondsToComeUp = 5000;
+constexpr int MillisecondsBetweenTries = 50;
+constexpr int MillisecondsForAnAnswer = 1000;
+
+// A short name for any folder: the path of a local socket has room for about 100 characters.
+QString serverNameFor(const QString &dataFolder)
+{
+    const QByteArray digest =
+        QCryptographicHash::hash(dataFolder.toUtf8(), QCryptographicHash::Sha256);
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+           QStringLiteral("/quellmoor-launcher-") + QString::fromLatin1(digest.toHex().left(16));
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(const QString &dataFolder)
+    : m_serverName(serverNameFor(dataFolder)),
+      m_lockFile(dataFolder + QStringLiteral("/.launcher.lock")),
+      m_server(this)
+{
+    if (const auto error = FileSystem::createDirectory(dataFolder))
+        ErrorHandler::log(*error);
+    m_lockFile.setStaleLockTime(0); // only a dead owner makes it stale, however long it is held
+    connect(&m_server, &QLocalServer::newConnection, this, [this] {
+        while (QLocalSocket *socket = m_server.nextPendingConnection()) {
+            socket->deleteLater();
+            if (m_comeForward)
+                m_comeForward();
+        }
+    });
+}
+
+bool SingleInstance::claim()
+{
+    const QDeadlineTimer deadline(MillisecondsToComeUp);
+    while (!lock(MillisecondsBetweenTries)) {
+        if (askOtherToComeForward() || deadline.hasExpired())
+            return false;
+    }
+    listen();
+    return true;
+}
+
+bool SingleInstance::claimQuietly() { return lock(0); }
+
+void SingleInstance::setComeForward(std::function<void()> comeForward)
+{
+    m_comeForward = std::move(comeForward);
+}
+
+bool SingleInstance::lock(int milliseconds)
+{
+    if (m_lockFile.tryLock(milliseconds))
+        return true;
+    if (m_lockFile.error() == QLockFile::LockFailedError)
+        return false;
+    ErrorHandler::log(QStringLiteral("Cannot lock the launcher data folder."));
+    return true;
+}
+
+bool SingleInstance::askOtherToComeForward() const
+{
+    QLocalSocket socket;
+    socket.connectToServer(m_serverName);
+    return socket.waitForConnected(MillisecondsForAnAnswer);
+}
+
+void SingleInstance::listen()
+{
+    QLocalServer::removeServer(m_serverName); // left by a launcher that was killed
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_server.listen(m_serverName))
+        ErrorHandler::log(m_server.errorString());
+}
