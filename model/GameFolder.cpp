@@ -4,18 +4,27 @@
 #include <QFileInfo>
 
 #include <climits>
+#include <filesystem>
 
 namespace {
 
 constexpr auto Slash = QLatin1Char('/');
 
-// What FileSystem::writeAtomically() puts around a name must still fit.
+
 constexpr qsizetype LongestName = NAME_MAX;
+
+// Empty when there is none. QFileInfo takes a ring of links for a path.
+QString canonicalPath(const QString &path)
+{
+    std::error_code error;
+    const auto canonical = std::filesystem::canonical(QFile::encodeName(path).toStdString(), error);
+    return error ? QString() : QFile::decodeName(canonical.c_str());
+}
 
 } // namespace
 
 GameFolder::GameFolder(QString path)
-    : m_path(std::move(path)), m_canonicalPath(QFileInfo(m_path).canonicalFilePath())
+    : m_path(std::move(path)), m_canonicalPath(canonicalPath(m_path))
 {
 }
 
@@ -57,8 +66,8 @@ bool GameFolder::isInside(const QString &relativeFolder)
     bool isInside = slash < 0 || this->isInside(relativeFolder.left(slash));
     const QFileInfo folder(m_path + Slash + relativeFolder);
     if (isInside && folder.isSymbolicLink()) {
-        // A link that leads nowhere has no canonical path and counts as leading out.
-        const QString canonical = folder.canonicalFilePath();
+        // A link that leads nowhere or in a ring has no canonical path and counts as leading out.
+        const QString canonical = canonicalPath(folder.filePath());
         isInside = canonical.startsWith(m_canonicalPath + Slash) || canonical == m_canonicalPath;
         isInside = isInside && !canonical.isEmpty();
     }

@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QProcess>
 
+#include <algorithm>
+
 namespace {
 
 QString escapeBlanks(QString path) { return path.replace(QLatin1Char(' '), QStringLiteral("\\ ")); }
@@ -13,6 +15,11 @@ bool isPlainFileName(const QString &name)
 {
     return !name.isEmpty() && name != QStringLiteral(".") && name != QStringLiteral("..") &&
            !name.contains(QLatin1Char('/')) && !name.contains(QChar(u'\0'));
+}
+
+bool isAscii(const QString &text)
+{
+    return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 128; });
 }
 
 } // namespace
@@ -29,6 +36,9 @@ VARNOPatchFile::VARNOPatchFile(QString name, QString localPath, QString fromHash
 
 QUrl VARNOPatchFile::downloadURL() const
 {
+    // Qt would encode other characters even in its strict mode.
+    if (!isAscii(m_name))
+        return {};
     return QUrl(m_patchesUrl + m_name + QStringLiteral(".bz2"), QUrl::StrictMode);
 }
 
