@@ -1,81 +1,241 @@
 #include "patcher/Bzip2.h"
 
-#include <bzlib.h>
+#include "patcher/Bzip2Blocks.h"
+#include "patcher/Bzip2Decoder.h"
 
-#include <algorithm>
-#include <limits>
+#include <QThread>
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
 #include <new>
+#include <system_error>
+#include <thread>
 
 namespace {
 
-// The output grows as it comes: a few hundred bytes can stand for a gigabyte.
-constexpr qsizetype SmallestOutput = 64 * 1024;
-constexpr qsizetype UsualRatio = 3;
-// libbz2 counts what it is given and gives in 32 bits.
-constexpr qsizetype LargestStep = 1 << 30;
+constexpr qsizetype BytesPerLevel = 100'000;
 
-class Decoder
+// How many cores have nothing of ours to decode.
+class IdleCores
 {
 public:
-    Decoder() { m_isReady = BZ2_bzDecompressInit(&m_stream, 0, 0) == BZ_OK; }
-    Decoder(const Decoder &) = delete;
-    Decoder &operator=(const Decoder &) = delete;
-    ~Decoder()
+    static IdleCores &shared()
     {
-        if (m_isReady)
-            BZ2_bzDecompressEnd(&m_stream);
+        static IdleCores cores;
+        return cores;
     }
 
-    std::optional<QByteArray> decode(const QByteArray &compressed)
+    void occupy() { --m_count; }
+    void release() { ++m_count; }
+    [[nodiscard]] bool tryOccupy()
     {
-        if (!m_isReady)
-            return std::nullopt;
-        QByteArray output;
-        qsizetype read = 0;
-        qsizetype written = 0;
-        for (;;) {
-            if (written == output.size())
-                output.resize(nextSize(output.size(), compressed.size()));
-            const qsizetype given = std::min(compressed.size() - read, LargestStep);
-            const qsizetype room = std::min(output.size() - written, LargestStep);
-            // libbz2 only reads its input, although its interface does not say so.
-            m_stream.next_in = const_cast<char *>(compressed.constData()) + read; // NOLINT
-            m_stream.avail_in = unsigned(given);
-            m_stream.next_out = output.data() + written;
-            m_stream.avail_out = unsigned(room);
-            const int result = BZ2_bzDecompress(&m_stream);
-            const qsizetype consumed = given - qsizetype(m_stream.avail_in);
-            const qsizetype produced = room - qsizetype(m_stream.avail_out);
-            read += consumed;
-            written += produced;
-            if (result == BZ_STREAM_END) {
-                output.truncate(written);
-                return output;
-            }
-            if (result != BZ_OK || (consumed == 0 && produced == 0))
-                return std::nullopt;
+        int count = m_count;
+        while (count > 0) {
+            if (m_count.compare_exchange_weak(count, count - 1))
+                return true;
         }
+        return false;
     }
 
 private:
-    static qsizetype nextSize(qsizetype size, qsizetype compressedSize)
-    {
-        if (size > std::numeric_limits<qsizetype>::max() / 4)
-            throw std::bad_alloc();
-        return size == 0 ? std::max(SmallestOutput, compressedSize * UsualRatio) : size * 2;
-    }
-
-    bz_stream m_stream{};
-    bool m_isReady = false;
+    std::atomic<int> m_count = QThread::idealThreadCount();
 };
 
-} // namespace
+// Decodes the blocks of one stream on the calling thread and on helpers that join while there are
+// cores for them. What is decoded ahead of the one that comes next is limited to a few blocks a
+// thread.
+class BlockwiseDecoder
+{
+public:
+    // Asked whether one more helper may join; each yes is given back with `leave`.
+    struct Helpers
+    {
+        std::function<bool()> mayJoin;
+        std::function<void()> leave;
+    };
 
-std::optional<QByteArray> decompressBzip2(const QByteArray &compressed)
+    BlockwiseDecoder(const QByteArray &stream, const std::vector<Bzip2Block> &blocks,
+                     Helpers helpers)
+        : m_stream(stream),
+          m_blocks(blocks),
+          m_helpers(std::move(helpers)),
+          m_results(blocks.size())
+    {
+    }
+
+    // Nothing when any block is not what it should be.
+    std::optional<QByteArray> decode()
+    {
+        std::vector<std::thread> threads;
+        QByteArray output;
+        while (true) {
+            if (takeReadyBlocks(output))
+                break;
+            if (threads.size() + 1 < m_blocks.size() && m_helpers.mayJoin())
+                addHelper(threads);
+            if (!tryDecodeOne())
+                waitForNextBlock();
+        }
+        for (std::thread &thread : threads)
+            thread.join();
+        if (m_hasFailed)
+            return std::nullopt;
+        return output;
+    }
+
+private:
+    static constexpr size_t BlocksAheadPerThread = 3;
+
+    void addHelper(std::vector<std::thread> &threads)
+    {
+        try {
+            threads.emplace_back([this] {
+                while (decodeOne()) {
+                }
+                m_helpers.leave();
+            });
+            m_threadCount = threads.size() + 1;
+        } catch (const std::system_error &) { // no more threads for this user
+            m_helpers.leave();
+        }
+    }
+
+    // Appends what comes next; true when nothing more will come.
+    bool takeReadyBlocks(QByteArray &output)
+    {
+        std::unique_lock lock(m_mutex);
+        while (!m_hasFailed && m_written < m_results.size() && m_results[m_written]) {
+            const QByteArray contents = *std::exchange(m_results[m_written], std::nullopt);
+            lock.unlock();
+            if (!append(output, contents))
+                fail();
+            lock.lock();
+            ++m_written;
+            m_changed.notify_all();
+        }
+        return m_hasFailed || m_written == m_results.size();
+    }
+
+    bool append(QByteArray &output, const QByteArray &contents)
+    {
+        try {
+            if (output.isEmpty())
+                output.reserve(contents.size() * qsizetype(m_blocks.size()));
+            output.append(contents);
+            return true;
+        } catch (const std::bad_alloc &) {
+            return false;
+        }
+    }
+
+    [[nodiscard]] bool mayDecodeNext() const
+    {
+        return m_next < m_blocks.size() &&
+               m_next < m_written + BlocksAheadPerThread * m_threadCount;
+    }
+
+    void waitForNextBlock()
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock,
+                       [this] { return m_hasFailed || m_results[m_written] || mayDecodeNext(); });
+    }
+
+    bool tryDecodeOne()
+    {
+        std::unique_lock lock(m_mutex);
+        if (m_hasFailed || !mayDecodeNext())
+            return false;
+        decodeTaken(m_next++, lock);
+        return true;
+    }
+
+    // For helpers: waits for room. False when there is nothing left to do.
+    bool decodeOne()
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(
+            lock, [this] { return m_hasFailed || m_next == m_blocks.size() || mayDecodeNext(); });
+        if (m_hasFailed || m_next == m_blocks.size())
+            return false;
+        decodeTaken(m_next++, lock);
+        return true;
+    }
+
+    void decodeTaken(size_t index, std::unique_lock<std::mutex> &lock)
+    {
+        lock.unlock();
+        std::optional<QByteArray> contents;
+        try {
+            const qsizetype blockSize = (m_stream[3] - '0') * BytesPerLevel;
+            contents = Bzip2Decoder::decodeExactly(bzip2StreamOfBlock(m_stream, m_blocks[index]),
+                                                   blockSize + blockSize / 8);
+        } catch (const std::bad_alloc &) {
+            contents.reset();
+        }
+        lock.lock();
+        m_hasFailed = m_hasFailed || !contents;
+        m_results[index] = std::move(contents);
+        m_changed.notify_all();
+    }
+
+    void fail()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_hasFailed = true;
+        m_changed.notify_all();
+    }
+
+    const QByteArray &m_stream;
+    const std::vector<Bzip2Block> &m_blocks;
+    const Helpers m_helpers;
+    std::atomic<size_t> m_threadCount = 1;
+    std::mutex m_mutex; // guards everything below
+    std::condition_variable m_changed;
+    std::vector<std::optional<QByteArray>> m_results;
+    size_t m_next = 0;
+    size_t m_written = 0;
+    bool m_hasFailed = false;
+};
+
+std::optional<QByteArray> decodePlainly(const QByteArray &compressed)
 {
     try {
-        return Decoder().decode(compressed);
+        return Bzip2Decoder::decode(compressed);
     } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
+}
+
+// Whatever goes another way than expected is left to libbz2 alone, so that the result is libbz2's.
+std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed,
+                                            const BlockwiseDecoder::Helpers &helpers)
+{
+    if (const auto blocks = findBzip2Blocks(compressed)) {
+        if (auto contents = BlockwiseDecoder(compressed, *blocks, helpers).decode())
+            return contents;
+    }
+    return decodePlainly(compressed);
+}
+
+} // namespace
+
+std::optional<QByteArray> decompressBzip2(QByteArray compressed)
+{
+    IdleCores &cores = IdleCores::shared();
+    cores.occupy();
+    auto contents = decodeWithHelpers(
+        compressed, {[&cores] { return cores.tryOccupy(); }, [&cores] { cores.release(); }});
+    cores.release();
+    return contents;
+}
+
+std::optional<QByteArray> decompressBzip2(const QByteArray &compressed, int threads)
+{
+    if (threads <= 1)
+        return decodePlainly(compressed);
+    std::atomic<int> left = threads - 1;
+    return decodeWithHelpers(compressed, {[&left] { return left-- > 0; }, [] {}});
 }

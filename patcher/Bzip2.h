@@ -5,5 +5,10 @@
 #include <optional>
 
 // Decompresses one bzip2 stream; what follows its end is ignored. Nothing when the bytes are not a
-// whole, undamaged stream, or when its contents do not fit in memory. Any thread.
-[[nodiscard]] std::optional<QByteArray> decompressBzip2(const QByteArray &compressed);
+// whole, undamaged stream, or when its contents do not fit in memory. Takes the bytes and lets them
+// go as soon as they are decoded. Any thread; while other cores are idle they help with a large
+// stream, and the result is the same.
+[[nodiscard]] std::optional<QByteArray> decompressBzip2(QByteArray compressed);
+
+// The same with at most that many threads, whatever else is going on; one means libbz2 alone.
+[[nodiscard]] std::optional<QByteArray> decompressBzip2(const QByteArray &compressed, int threads);

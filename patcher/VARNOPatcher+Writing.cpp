@@ -58,9 +58,9 @@ std::shared_ptr<DispatchQueue> VARNOPatcher::serialQueueForFile(const VARNOPatch
     return queue;
 }
 
-void VARNOPatcher::writeData(const QByteArray &data, const std::shared_ptr<Downloadable> &file)
+void VARNOPatcher::writeData(QByteArray data, const std::shared_ptr<Downloadable> &file)
 {
-    const std::optional<QByteArray> contents = decompressBzip2(data);
+    const std::optional<QByteArray> contents = decompressBzip2(std::move(data));
     if (!file)
         return;
     file->writeToDisk(contents, [this](const QString &fileName, const std::optional<Error> &error,

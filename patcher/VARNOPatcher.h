@@ -79,7 +79,7 @@ private:
     [[nodiscard]] bool startDownloadWithFile(const std::shared_ptr<Downloadable> &file);
     void reportEndOfQueue();
     void countFailure();
-    void writeData(const QByteArray &data, const std::shared_ptr<Downloadable> &file);
+    void writeData(QByteArray data, const std::shared_ptr<Downloadable> &file);
     void releaseWaitingBytes(qint64 count);
     void writeCompletion(const QString &fileName, const std::optional<Error> &error,
                          const std::optional<QString> &logText);

@@ -1,0 +1,92 @@
+#include "patcher/Bzip2Decoder.h"
+
+#include <bzlib.h>
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+namespace Bzip2Decoder {
+
+namespace {
+
+// The output grows as it comes: a few hundred bytes can stand for a gigabyte.
+constexpr qsizetype SmallestOutput = 64 * 1024;
+constexpr qsizetype UsualRatio = 3;
+// libbz2 counts what it is given and gives in 32 bits.
+constexpr qsizetype LargestStep = 1 << 30;
+
+class Stream
+{
+public:
+    Stream() { m_isReady = BZ2_bzDecompressInit(&m_stream, 0, 0) == BZ_OK; }
+    Stream(const Stream &) = delete;
+    Stream &operator=(const Stream &) = delete;
+    ~Stream()
+    {
+        if (m_isReady)
+            BZ2_bzDecompressEnd(&m_stream);
+    }
+
+    std::optional<QByteArray> decode(const QByteArray &compressed, qsizetype sizeHint)
+    {
+        if (!m_isReady)
+            return std::nullopt;
+        QByteArray output(sizeHint, Qt::Uninitialized);
+        qsizetype written = 0;
+        for (;;) {
+            if (written == output.size())
+                output.resize(twice(output.size()));
+            const qsizetype given = std::min(compressed.size() - m_read, LargestStep);
+            const qsizetype room = std::min(output.size() - written, LargestStep);
+            // libbz2 only reads its input, although its interface does not say so.
+            m_stream.next_in = const_cast<char *>(compressed.constData()) + m_read; // NOLINT
+            m_stream.avail_in = unsigned(given);
+            m_stream.next_out = output.data() + written;
+            m_stream.avail_out = unsigned(room);
+            const int result = BZ2_bzDecompress(&m_stream);
+            const qsizetype consumed = given - qsizetype(m_stream.avail_in);
+            const qsizetype produced = room - qsizetype(m_stream.avail_out);
+            m_read += consumed;
+            written += produced;
+            if (result == BZ_STREAM_END) {
+                output.truncate(written);
+                return output;
+            }
+            if (result != BZ_OK || (consumed == 0 && produced == 0))
+                return std::nullopt;
+        }
+    }
+
+    [[nodiscard]] qsizetype bytesRead() const { return m_read; }
+
+private:
+    static qsizetype twice(qsizetype size)
+    {
+        if (size > std::numeric_limits<qsizetype>::max() / 4)
+            throw std::bad_alloc();
+        return size * 2;
+    }
+
+    bz_stream m_stream{};
+    bool m_isReady = false;
+    qsizetype m_read = 0;
+};
+
+} // namespace
+
+std::optional<QByteArray> decode(const QByteArray &stream)
+{
+    return Stream().decode(stream, std::max(SmallestOutput, stream.size() * UsualRatio));
+}
+
+std::optional<QByteArray> decodeExactly(const QByteArray &stream, qsizetype sizeHint)
+{
+    Stream decoder;
+    auto contents = decoder.decode(stream, std::max(SmallestOutput, sizeHint));
+    if (decoder.bytesRead() != stream.size())
+        return std::nullopt;
+    return contents;
+}
+
+} // namespace Bzip2Decoder

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <optional>
+
+// libbz2 over whole buffers. Both hand on std::bad_alloc when the contents do not fit in memory.
+namespace Bzip2Decoder {
+
+// What follows the stream's end is ignored; a missing end is a failure.
+[[nodiscard]] std::optional<QByteArray> decode(const QByteArray &stream);
+
+// The stream must also end with the bytes given. `sizeHint` of the contents, in bytes.
+[[nodiscard]] std::optional<QByteArray> decodeExactly(const QByteArray &stream, qsizetype sizeHint);
+
+} // namespace Bzip2Decoder
