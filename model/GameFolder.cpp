@@ -10,7 +10,6 @@ namespace {
 
 constexpr auto Slash = QLatin1Char('/');
 
-
 constexpr qsizetype LongestName = NAME_MAX;
 
 // Empty when there is none. QFileInfo takes a ring of links for a path.
