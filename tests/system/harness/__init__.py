@@ -1,0 +1,1 @@
+"""What the system tests share: a world of hosts, players and games around the built launcher."""

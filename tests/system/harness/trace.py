@@ -1,0 +1,60 @@
+"""What the launcher asks of the kernel, as strace saw it."""
+
+from __future__ import annotations
+
+import re
+from collections import Counter
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Iterator
+
+from .player import Outcome, Player
+
+CALL = re.compile(r"\d+ +(?P<name>\w+)\((?P<rest>.*)")
+TEXT = re.compile(r'"((?:\\x[0-9a-f]{2})*)"')
+ATTRIBUTE_READS = ("stat", "lstat", "newfstatat", "fstatat64", "statx", "access", "faccessat",
+                   "faccessat2", "readlink", "readlinkat")
+OPENINGS = ("open", "openat", "openat2", "creat")
+CHANGES = ("rename", "renameat", "renameat2", "unlink", "unlinkat", "chmod", "fchmodat",
+           "utimensat", "mkdir", "mkdirat", "symlink", "symlinkat", "truncate")
+
+
+@dataclass(frozen=True)
+class Call:
+    """A system call with the first path it names, and its line."""
+
+    name: str
+    path: str
+    line: str
+
+
+def traced(player: Player, *arguments: str, calls: str = "%file") -> tuple[Outcome, list[Call]]:
+    """Runs the launcher and lists its calls of that kind, of all its threads."""
+    log = player.root / "strace.log"
+    outcome = player.run(*arguments, wrapper=("strace", "-f", "-qq", "-xx", "-o", str(log),
+                                              "-e", f"trace={calls}", "--"))
+    found = list(_parsed(log))
+    log.unlink()
+    return outcome, found
+
+
+def count_below(calls: list[Call], folder: Path, names: tuple[str, ...]) -> Counter[str]:
+    """How often the calls of these names met each path in the folder."""
+    prefix = f"{folder}/"
+    return Counter(call.path for call in calls
+                   if call.name in names and call.path.startswith(prefix))
+
+
+def killed_at(calls: str, number: int) -> tuple[str, ...]:
+    """Runs the launcher so that it dies on entering that one of a thread's calls."""
+    return ("strace", "-f", "-qq", "-o", "/dev/null", "-e", f"trace={calls}",
+            "-e", f"inject={calls}:signal=SIGKILL:when={number}", "--")
+
+
+def _parsed(log: Path) -> Iterator[Call]:
+    with open(log, encoding="ascii", errors="replace") as lines:
+        for line in lines:
+            if call := CALL.match(line):
+                text = TEXT.search(call["rest"])
+                raw = bytes.fromhex(text[1].replace("\\x", "")) if text else b""
+                yield Call(call["name"], raw.decode("utf-8", "surrogateescape"), line)
