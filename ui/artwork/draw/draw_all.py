@@ -3,10 +3,12 @@
 import os
 
 import controls
+import figures
 import scene
 
 if __name__ == "__main__":
     here = os.path.dirname(os.path.abspath(__file__))
     out = os.path.dirname(here)
     controls.draw(out)
+    figures.draw(out)
     scene.draw(out)

@@ -2,7 +2,7 @@
 import math
 import random
 
-from svg import MIST, Noise, ellipse, fade, num, spline, strip
+from svg import MIST, Noise, ellipse, fade, num, poly, spline
 
 # Corner points of the slab, clockwise; the tor stands on the low shoulder.
 KEYS = [(23, 122), (30, 98), (54, 82), (120, 77), (210, 80), (300, 79), (346, 74), (382, 58),
@@ -42,20 +42,20 @@ def offset(points, by):
 
 
 def outlines():
-    base = dense(KEYS, 11)
+    base = dense(KEYS, 19)
     chip, fine = Noise(3), Noise(4)
-    outer = offset(base, lambda i: max(-.8, chip(i * .37, 3) * 1.3) + (1.6 if fine(i * .9, 1) > .82 else 0))
+    outer = offset(base, lambda i: max(-.8, chip(i * .6, 3) * 1.3) + (1.5 if fine(i * .9, 1) > .8 else 0))
 
     def corner(x, y):
         return sum(math.exp(-((x - cx) ** 2 + (y - cy) ** 2) / 700) for cx, cy in
                    ((24, 616), (976, 616), (975, 48)))
-    inner = offset(base, lambda i: 10.5 + fine(i * .31, 3) * 1.5 + 5 * corner(*base[i]))
+    inner = offset(base, lambda i: 10.5 + fine(i * .5, 3) * 1.5 + 5 * corner(*base[i]))
     middle = offset(base, lambda i: 5.5)
     return outer, inner, middle
 
 
-def shadow(pic, outer):
-    d = spline([(x, y + 5) for x, y in outer[::2]])
+def shadow(pic):
+    d = spline([(x, y + 5) for x, y in KEYS], True, 2.5 / 3 * 1.2)
     for w in range(2, 36, 3):
         pic.path(d, None, None, "#020506", w, stroke_opacity=.034)
 
@@ -64,8 +64,9 @@ def ring(pic, outer, inner):
     """The stone rim: dressed, chipped, lit from the sky and a little by the spring."""
     rng = random.Random(11)
     d_out, d_in = spline(outer), spline(inner)
+    soft = spline(inner[::2])
     for w, a in ((14, .07), (9, .10), (5, .16), (2.4, .25)):
-        pic.path(d_in, None, None, "#020607", w, stroke_opacity=a)
+        pic.path(soft, None, None, "#020607", w, stroke_opacity=a)
     pic.path(d_out + d_in, pic.linear(0, 44, 0, 620, (0, "#3B4644"), (.18, "#2C3634"), (.6, "#202A28"),
                                       (1, "#161E1E")), rule="evenodd")
     n = len(outer)
@@ -81,17 +82,17 @@ def ring(pic, outer, inner):
             length, thick = rng.uniform(3, 15), rng.uniform(.5, 2)
             ca, sa = math.cos(ang), math.sin(ang)
             pts = []
-            for k in range(7):
-                q = k / 7 * math.tau
+            for k in range(6):
+                q = k / 6 * math.tau
                 rr = rng.uniform(.6, 1.1)
                 px, py = math.cos(q) * length * rr, math.sin(q) * thick * rr
                 pts.append((x + px * ca - py * sa, y + px * sa + py * ca))
-            d += spline(pts)
+            d += poly(pts)
         pic.path(d, tone, alpha)
     # joints between the dressed blocks
     dark = light = ""
     for i in range(6, n, 1):
-        if rng.random() < .085:
+        if rng.random() < .15:
             (x1, y1), (x2, y2) = outer[i], inner[(i + rng.choice((-1, 0, 0, 1))) % n]
             mx, my = (x1 + x2) / 2 + rng.uniform(-1.4, 1.4), (y1 + y2) / 2 + rng.uniform(-1.4, 1.4)
             dark += f"M{num(x1)} {num(y1)}Q{num(mx)} {num(my)} {num(x2)} {num(y2)}"

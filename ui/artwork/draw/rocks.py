@@ -2,7 +2,7 @@
 import math
 import random
 
-from svg import MIST, TEAL, Noise, ellipse, fade, num, poly, spline, strip
+from svg import MIST, TEAL, Noise, fade, mix, poly, spline, strip
 
 
 def slab(pic, x1, x2, y1, y2, seed, lit=1.0, teal=.5, tone=0):
@@ -21,7 +21,13 @@ def slab(pic, x1, x2, y1, y2, seed, lit=1.0, teal=.5, tone=0):
         round_off = (abs(t - .5) * 2) ** 5 * h * .16
         low.append((x1 + w * t + rng.uniform(-1.5, 1.5), y2 - round_off + rng.uniform(-1, 1)))
     left = [(x1 - rng.uniform(0, 2), y1 + h * .75), (x1 - rng.uniform(1, 3), y1 + h * .48)]
-    d = spline(top + right + low + left, True, .8)
+    outline = top + right + low + left
+    d = spline(outline, True, .62)
+    if teal:
+        # spring light along the right end and under the lip
+        k = 1.5 if h > 14 else 1.1
+        pic.path(spline([(x + k, y + k * .4) for x, y in outline], True, .62),
+                 pic.linear(x1, 0, x2, 0, *fade(TEAL, (0, teal * .15), (.6, teal * .45), (1, min(1, teal * 1.3)))))
     a, b, c = [("#3A4646", "#222D2E", "#10181A"), ("#333F40", "#1E2829", "#0E1517"),
                ("#424B49", "#273130", "#121A1B")][tone % 3]
     pic.path(d, pic.linear(0, y1, 0, y2, (0, a), (.45, b), (1, c)))
@@ -46,12 +52,6 @@ def slab(pic, x1, x2, y1, y2, seed, lit=1.0, teal=.5, tone=0):
         pts = [(cx + rng.uniform(-2.5, 2.5) + k * rng.uniform(-1, 1.5), y1 + h * (.12 + .26 * k)) for k in range(4)]
         dd += poly(pts, False)
     pic.path(dd, None, None, "#070C0D", .8, stroke_opacity=.75)
-    # spring light on the right end and under the lip
-    if teal:
-        edge = [top[-1]] + right + [low[0]]
-        pic.path(strip(edge, lambda t: .8 + 1.5 * math.sin(t * math.pi)), TEAL, teal)
-        under = low[0:max(2, n // 2)]
-        pic.path(strip(under, lambda t: 1.2 * (1 - t)), TEAL, teal * .45)
     return d
 
 
@@ -70,7 +70,6 @@ def standing_stone(pic, cx, base, width, height, lean, seed, side=-1, light=1.0,
     if side > 0:
         tip = tip[::-1]
     outline = left + tip[::1 if side < 0 else -1] + right[::-1]
-    from svg import mix
     shade = lambda c: mix(c, "#46504F", depth)
     d = spline(outline, True, .62)
     xl, xr = cx - width / 2, cx + width / 2
@@ -88,7 +87,7 @@ def standing_stone(pic, cx, base, width, height, lean, seed, side=-1, light=1.0,
         pts = [(fx - fw, y), (fx - fw * .3, y - hh * .6), (fx + fw * .6, y - hh * .4), (fx + fw, y + hh * .2),
                (fx + fw * .2, y + hh * .5)]
         pts = [(px + rng.uniform(-2, 2) * width / 34, py) for px, py in pts]
-        pic.path(poly(pts), rng.choice(("#05090A", "#05090A", "#7F948D", "#4E6A5E")), rng.uniform(.10, .22) * (1 - depth))
+        pic.path(poly(pts), rng.choice(("#05090A", "#05090A", "#64776F", "#3F5A50")), rng.uniform(.06, .15) * (1 - depth))
     # cracks
     dd = ""
     for _ in range(2 + int(height / 80)):
@@ -104,7 +103,7 @@ def standing_stone(pic, cx, base, width, height, lean, seed, side=-1, light=1.0,
     # lit arris towards the spring, strongest near the ground
     edge = left if side < 0 else right
     inward = 1 if side < 0 else -1
-    glow = pic.linear(0, base, 0, base - height, ("x"), ) if False else pic.linear(
+    glow = pic.linear(
         0, base, 0, base - height, (0, "#B6F2E6", .95 * light), (.25, TEAL, .85 * light), (.7, TEAL, .4 * light),
         (1, TEAL, .12 * light))
     wob = [rng.uniform(.4, 1.25) for _ in range(n + 2)]
@@ -118,12 +117,20 @@ def standing_stone(pic, cx, base, width, height, lean, seed, side=-1, light=1.0,
     return d
 
 
-def boulders(pic, spots, seed):
-    for k, (x, y, w, h) in enumerate(spots):
-        rng = random.Random(seed + k)
-        pts = [(x + math.cos(q) * w * rng.uniform(.86, 1.06), y - h * .4 + math.sin(q) * h * rng.uniform(.8, 1.1))
-               for q in [j / 9 * math.tau for j in range(9)]]
-        pic.path(spline(pts, True, .8), pic.linear(0, y - h, 0, y + h * .6, (0, "#2C3737"), (.5, "#172021"), (1, "#0C1214")))
-        up = sorted([p for p in pts if p[1] < y - h * .5])
-        if len(up) > 2:
-            pic.path(strip(up, lambda t: .5 + 1.1 * math.sin(t * math.pi)), "#A9A6A2", .28)
+def boulder(pic, x, y, w, h, seed, teal=.3):
+    """A fallen block: a dark body, a top plane to the sky, an edge to the spring."""
+    rng = random.Random(seed)
+    j = lambda a: rng.uniform(-a, a)
+    top = [(x - w * (.9 + j(.1)), y - h * (.5 + j(.1))), (x - w * (.45 + j(.15)), y - h * (.98 + j(.06))),
+           (x + w * (.28 + j(.16)), y - h * (1 + j(.1))), (x + w * (.86 + j(.1)), y - h * (.58 + j(.12)))]
+    low = [(x + w * (1 + j(.06)), y - h * .1), (x + w * .55, y + h * .16), (x - w * .5, y + h * .18), (x - w * (1 + j(.05)), y - h * .05)]
+    out = top + low
+    if teal:
+        pic.path(spline([(px + .9, py + .5) for px, py in out], True, .42),
+                 pic.linear(x - w, 0, x + w, 0, *fade(TEAL, (0, 0), (.6, teal * .4), (1, teal))))
+    pic.path(spline(out, True, .42), pic.linear(0, y - h, 0, y + h * .2, (0, "#232E2E"), (.5, "#151E1F"), (1, "#0B1112")))
+    front = [top[0], (x - w * (.3 + j(.1)), y - h * (.56 + j(.08))), (x + w * (.34 + j(.1)), y - h * (.5 + j(.1))), top[3]]
+    pic.path(spline(top + front[2:0:-1], True, .3), "#6E7C78", .20)
+    pic.path(strip(top, lambda t: .3 + .9 * math.sin(t * math.pi)), "#B5ADA6", .30)
+    m = front[1 + rng.randrange(2)]
+    pic.path(poly([m, (m[0] + j(3), y - h * .25), (m[0] + j(4), y + h * .1)], False), None, None, "#05090A", .8, stroke_opacity=.6)

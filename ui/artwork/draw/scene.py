@@ -4,7 +4,8 @@ import random
 
 from frame import cup_marks, outlines, ring, shadow
 from controls import cut_panel
-from rocks import boulders, slab, standing_stone
+from figures import pair
+from rocks import boulder, slab, standing_stone
 from svg import (BRASS, INK, MIST, TEAL, Noise, Picture, blade, ellipse, fade, lens, mix, num, poly,
                  spline, strip)
 
@@ -115,7 +116,7 @@ def hills(pic):
         if k >= 3:
             d, rng = "", random.Random(k)
             for x, y in pts[::1]:
-                for _ in range(2):
+                for _ in range(1 if k > 3 else 2):
                     d += blade(x + rng.uniform(-4, 4), y + 1.5, rng.uniform(2, 3 + k), rng.uniform(-2.5, 2.5), .9)
             pic.path(d, top)
         y = base + 36 + 6 * k
@@ -197,47 +198,55 @@ def grass(pic, spots, seed, tint, alpha=None, hmin=8, hmax=26, width=1.5, lean=7
 
 
 def tor(pic):
-    slope = [(26, 150), (70, 146), (140, 148), (230, 152), (318, 156), (346, 178), (372, 222), (392, 268), (424, 330),
-             (462, 388), (506, 432), (556, 462), (608, 484), (540, 489), (480, 496), (430, 501), (380, 508),
+    slope = [(26, 150), (70, 146), (140, 148), (230, 152), (318, 154), (340, 166), (352, 190), (366, 199), (371, 226), (388, 246),
+             (394, 282), (410, 300), (416, 330), (446, 358), (458, 388), (492, 408), (520, 440), (566, 458), (608, 484), (540, 489),
+             (480, 496), (430, 501), (380, 508),
              (330, 518), (282, 533), (246, 553), (226, 573), (224, 592), (240, 606), (262, 614), (60, 614), (34, 606), (27, 590)]
     d = spline(slope, True, .8)
     pic.path(d, pic.linear(120, 140, 300, 600, (0, "#232E2F"), (.3, "#182223"), (.7, "#111A1B"), (1, "#0C1315")))
     pic.path(d, pic.radial(SPRING[0], SPRING[1], 260, 230, *fade(TEAL, (0, .34), (.35, .15), (1, 0))))
+    pic.path(strip(slope[4:19], lambda t: (.8 + .9 * math.sin(t * 37) ** 2) * (1.2 - t)), "#D0A08A", .34)
     rng = random.Random(12)
-    # swells of the ground
-    for k in range(16):
-        t = k / 16
-        y = 190 + 300 * t + rng.uniform(-8, 8)
-        x2 = 330 + 160 * t - rng.uniform(10, 90)
-        x1 = rng.uniform(40, 150)
-        pic.path(spline([(x1, y + 6), ((x1 * 2 + x2) / 3, y - 6), (x2 * .75 + x1 * .25, y + 2), (x2, y + 22), ((x1 + x2) / 2, y + 18)]),
-                 rng.choice(("#2B3937", "#0B1112", "#33423C")), rng.uniform(.10, .22))
+    # swells of turf, seen as soft lights and darks
+    for k in range(30):
+        t = k / 30
+        y = 190 + 330 * t + rng.uniform(-10, 10)
+        x = rng.uniform(80, 290 + 110 * t)
+        w = min(rng.uniform(40, 120), x - 30, 350 + 110 * t - x + 20)
+        q = rng.uniform(.10, .30)
+        pic.glow(x, y, w, w * rng.uniform(.16, .34), *fade(rng.choice(("#3B4C46", "#06090A", "#06090A")), (0, q), (.5, q * .5), (1, 0)))
     spots = []
-    for _ in range(520):
+    for _ in range(330):
         t = rng.random()
         y = 165 + 400 * t
-        xmax = 320 + 190 * min(1, t * 1.1) if t < .8 else 250
+        xmax = 330 + 190 * min(1, t * 1.1) if t < .8 else 250
         spots.append((rng.uniform(36, xmax), y))
-    grass(pic, spots[:230], 61, "#33423D", .55, 4, 11, 1.1, 4)
-    grass(pic, spots[230:], 62, "#0B1213", .6, 5, 13, 1.2, 4)
+    grass(pic, spots[:150], 61, "#3A4A44", .6, 4, 11, 1.1, 4)
+    grass(pic, spots[150:], 62, "#0A1011", .7, 5, 14, 1.2, 4)
     # lit tips near the spring
-    lit = [(rng.uniform(232, 330), 0) for _ in range(70)]
-    lit = [(x, 540 - (x - 282) * .32 + rng.uniform(-8, 12)) for x, _ in lit]
-    grass(pic, lit, 63, "#4FA697", .55, 4, 12, 1, 4)
-    boulders(pic, [(70, 205, 22, 15), (352, 236, 18, 14), (300, 200, 26, 14), (380, 330, 16, 12), (120, 470, 24, 13),
-                   (430, 430, 20, 13), (262, 545, 22, 12), (300, 528, 13, 8), (90, 560, 16, 9)], 70)
-    # the stacks, from the back forwards
-    slab(pic, 40, 122, 132, 158, 201, .8, .2, 1)
-    slab(pic, 28, 104, 112, 136, 202, .9, .35, 0)
-    slab(pic, 40, 116, 92, 116, 203, 1, .45, 2)
-    slab(pic, 24, 92, 74, 95, 204, 1, .45, 0)
-    slab(pic, 38, 84, 57, 77, 205, 1.1, .5, 1)
-    slab(pic, 120, 214, 146, 168, 206, .8, .2, 1)
-    slab(pic, 284, 344, 150, 172, 207, .9, .5, 2)
-    slab(pic, 168, 300, 143, 166, 208, .8, .45, 0)
-    slab(pic, 140, 322, 124, 148, 209, 1.1, .55, 2)
-    spots = [(rng.uniform(34, 350), 168 + rng.uniform(-6, 8)) for _ in range(120)]
-    grass(pic, spots, 64, "#131C1D", None, 6, 17, 1.3, 5)
+    lit = [rng.uniform(232, 330) for _ in range(80)]
+    grass(pic, [(x, 540 - (x - 282) * .32 + rng.uniform(-8, 12)) for x in lit], 63, "#4FA697", .6, 4, 13, 1, 4)
+    for k, (x, y, w, h, q) in enumerate((
+            (346, 208, 22, 19, .35), (322, 222, 13, 10, .3), (384, 268, 16, 16, .4), (368, 278, 9, 7, .4), (406, 332, 15, 15, .5),
+            (388, 344, 11, 9, .5), (440, 384, 19, 16, .4), (420, 402, 11, 9, .5), (480, 424, 22, 16, .35), (66, 452, 24, 19, .2),
+            (94, 462, 12, 9, .2), (366, 470, 19, 14, .8), (268, 549, 24, 17, .9), (242, 562, 13, 9, .8), (300, 536, 12, 9, .9))):
+        pic.glow(x, y + 1, w * 1.5, h * .5, *fade("#040708", (0, .6), (.6, .3), (1, 0)))
+        boulder(pic, x, y, w, h, 70 + k, q)
+        grass(pic, [(x + rng.uniform(-w, w), y + rng.uniform(2, 5)) for _ in range(int(w * .9))], 600 + k, "#101919", None, 4, 11, 1.2, 4)
+
+
+def stacks(pic):
+    """The rocks of the tor, from the back forwards; they stand in front of the frame."""
+    for k, (x1, x2, y1, y2, q, tone) in enumerate((
+            (44, 132, 132, 160, .2, 1), (26, 66, 116, 160, .2, 0), (58, 112, 110, 136, .35, 0), (36, 96, 91, 114, .45, 2),
+            (22, 62, 74, 95, .35, 1), (56, 92, 71, 94, .5, 0), (34, 82, 55, 75, .5, 1), (44, 70, 43, 57, .5, 2),
+            (124, 188, 148, 170, .2, 1), (182, 236, 150, 168, .3, 0), (288, 350, 152, 176, .55, 2), (230, 300, 146, 170, .45, 0),
+            (134, 206, 126, 150, .3, 1), (262, 326, 128, 153, .6, 2), (200, 270, 125, 149, .45, 0), (168, 296, 118, 129, .6, 2))):
+        slab(pic, x1, x2, y1, y2, 200 + k, 1, q, tone)
+    rng = random.Random(13)
+    spots = [(rng.uniform(34, 356), 170 + rng.uniform(-6, 8)) for _ in range(130)]
+    grass(pic, spots, 64, "#131C1D", None, 6, 18, 1.3, 5)
+    pair(pic, 230, 117, .98, False, .8, .95, .8)
 
 
 def cotton(pic, x, y, h, lean, seed):
@@ -282,14 +291,14 @@ def news_ground(pic):
     d = spline(pts, True, .8)
     for w, a in ((9, .06), (5, .10), (2.5, .14)):
         pic.path(d, None, None, "#04080A", w, stroke_opacity=a)
-    pic.path(d, pic.linear(0, 108, 0, 508, (0, "#0E1518", .66), (.25, "#0E1518", .70), (1, "#0B1214", .74)))
+    pic.path(d, pic.linear(0, 108, 0, 508, (0, "#0E1518", .50), (.3, "#0E1518", .56), (1, "#0B1214", .62)))
     pic.path(d, None, None, MIST, .9, stroke_opacity=.30)
 
 
 def backdrop():
     pic = Picture(1000, 640)
     outer, inner, panel = outlines()
-    shadow(pic, outer)
+    shadow(pic)
     sky(pic, panel)
     clouds(pic)
     star(pic, 846, 76, .9)
@@ -309,6 +318,7 @@ def backdrop():
     reflections(pic)
     mist(pic, 572, 10, .16, 901, 7, "#A9DCD2", (236, 640))
     ring(pic, outer, inner)
+    stacks(pic)
     cup_marks(pic, 962, 602, 11, 1)
     reeds(pic, 948, 982, 626, 26, 41, 50, 190)
     reeds(pic, 18, 52, 628, 20, 42, 30, 120)

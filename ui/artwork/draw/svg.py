@@ -127,19 +127,42 @@ def poly(points, closed=True, digits=1):
     return d + ("Z" if closed else "")
 
 
+def short(value, digits):
+    text = num(value, digits)
+    return text.replace("0.", ".", 1) if text.startswith(("0.", "-0.")) else text
+
+
+class Pen:
+    """Writes relative curves from rounded absolute points, which keeps files small."""
+
+    def __init__(self, x, y, digits=1):
+        self.digits = digits
+        self.x, self.y = round(x, digits), round(y, digits)
+        self.d = f"M{num(self.x, digits)} {num(self.y, digits)}"
+
+    def to(self, letter, *points):
+        out = []
+        for x, y in points:
+            out += [short(x - self.x, self.digits), short(y - self.y, self.digits)]
+        last = points[-1]
+        self.x, self.y = round(last[0], self.digits), round(last[1], self.digits)
+        text = letter
+        for k, item in enumerate(out):
+            text += item if k == 0 or item.startswith("-") else " " + item
+        self.d += text
+
+
 def spline(points, closed=True, tension=1.0, digits=1):
     """A smooth path through all points."""
     n = len(points)
-    f = lambda v: num(v, digits)
     at = (lambda i: points[i % n]) if closed else (lambda i: points[max(0, min(n - 1, i))])
-    d = f"M{f(points[0][0])} {f(points[0][1])}"
+    pen = Pen(points[0][0], points[0][1], digits)
     k = tension / 6
     for i in range(n if closed else n - 1):
         p0, p1, p2, p3 = at(i - 1), at(i), at(i + 1), at(i + 2)
-        d += (f"C{f(p1[0] + (p2[0] - p0[0]) * k)} {f(p1[1] + (p2[1] - p0[1]) * k)} "
-              f"{f(p2[0] - (p3[0] - p1[0]) * k)} {f(p2[1] - (p3[1] - p1[1]) * k)} "
-              f"{f(p2[0])} {f(p2[1])}")
-    return d + ("Z" if closed else "")
+        pen.to("c", (p1[0] + (p2[0] - p0[0]) * k, p1[1] + (p2[1] - p0[1]) * k),
+               (p2[0] - (p3[0] - p1[0]) * k, p2[1] - (p3[1] - p1[1]) * k), p2)
+    return pen.d + ("Z" if closed else "")
 
 
 def ellipse(cx, cy, rx, ry, digits=1):
@@ -169,8 +192,10 @@ def blade(x, y, length, lean, width, bend=0.5):
     """One blade of grass rising from (x, y); lean is the tip's sideways shift."""
     tx, ty = x + lean, y - length
     cx, cy = x + lean * (1 - bend) * 0.35, y - length * 0.62
-    return (f"M{num(x - width / 2)} {num(y)}Q{num(cx - width * .4)} {num(cy)} {num(tx)} {num(ty)}"
-            f"Q{num(cx + width * .4)} {num(cy)} {num(x + width / 2)} {num(y)}Z")
+    pen = Pen(x - width / 2, y)
+    pen.to("q", (cx - width * .4, cy), (tx, ty))
+    pen.to("q", (cx + width * .4, cy), (x + width / 2, y))
+    return pen.d + "Z"
 
 
 def lens(x1, x2, y, thick, sag=0.0):
