@@ -1,0 +1,73 @@
+#include "ui/CustomWindow.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QWindow>
+
+namespace {
+
+// There, windows neither know nor set their own place.
+bool desktopMovesWindows()
+{
+    return QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
+}
+
+QRect visibleFrameOf(const QScreen *screen)
+{
+    return screen ? screen->availableGeometry() : QRect(0, 0, 0, 0);
+}
+
+} // namespace
+
+CustomWindow::CustomWindow(const QRect &contentRect, Qt::WindowFlags styleMask)
+    : QWidget(nullptr, styleMask)
+{
+    setGeometry(contentRect);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setWindowOpacity(1.0);
+    center();
+}
+
+void CustomWindow::setContentView(QWidget *contentView)
+{
+    contentView->setParent(this);
+    contentView->move(0, 0);
+    setFixedSize(contentView->size());
+    contentView->show();
+}
+
+void CustomWindow::center()
+{
+    QRect frame = geometry();
+    frame.moveCenter(visibleFrameOf(screen()).center());
+    move(frame.topLeft());
+}
+
+QPoint CustomWindow::originForDrag(const QRect &frame, const QPointF &initialLocation,
+                                   const QPointF &location, const QRect &visibleFrame)
+{
+    QPoint origin = frame.topLeft() + (location - initialLocation).toPoint();
+    origin.setY(std::max(origin.y(), visibleFrame.top()));
+    return origin;
+}
+
+void CustomWindow::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        m_initialLocation = event->position();
+}
+
+void CustomWindow::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!(event->buttons() & Qt::LeftButton))
+        return;
+    if (desktopMovesWindows()) {
+        windowHandle()->startSystemMove();
+        return;
+    }
+    // Events wait in a queue while the window moves: the place in the window is only right when it
+    // is counted from where the window is now.
+    const QPointF location = mapFromGlobal(event->globalPosition());
+    move(originForDrag(geometry(), m_initialLocation, location, visibleFrameOf(screen())));
+}

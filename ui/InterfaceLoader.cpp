@@ -1,0 +1,67 @@
+#include "ui/InterfaceLoader.h"
+
+#include "ui/CustomSecureTextFieldCell.h"
+#include "ui/CustomTextFieldCell.h"
+#include "ui/LauncherView.h"
+#include "ui/NewsView.h"
+#include "ui/PictureView.h"
+#include "ui/RolloverButton.h"
+#include "ui/TextLabel.h"
+#include "ui/VARNOProgressView.h"
+
+#include <QFile>
+
+namespace {
+
+template<typename Class>
+QWidget *make(QWidget *parent)
+{
+    return new Class(parent);
+}
+
+} // namespace
+
+InterfaceLoader::InterfaceLoader()
+    : m_makers{
+          {QStringLiteral("CustomSecureTextFieldCell"), make<CustomSecureTextFieldCell>},
+          {QStringLiteral("CustomTextFieldCell"), make<CustomTextFieldCell>},
+          {QStringLiteral("LauncherView"), make<LauncherView>},
+          {QStringLiteral("NewsView"), make<NewsView>},
+          {QStringLiteral("PictureView"), make<PictureView>},
+          {QStringLiteral("RolloverButton"), make<RolloverButton>},
+          {QStringLiteral("TextLabel"), make<TextLabel>},
+          {QStringLiteral("VARNOProgressView"), make<VARNOProgressView>},
+      }
+{
+}
+
+void InterfaceLoader::addClass(const QString &className, Maker maker)
+{
+    m_makers.insert(className, std::move(maker));
+}
+
+QWidget *InterfaceLoader::load(const QString &name)
+{
+    QFile file(QStringLiteral(":/interfaces/%1.ui").arg(name));
+    if (!file.open(QIODevice::ReadOnly))
+        return nullptr;
+    return QUiLoader::load(&file);
+}
+
+QList<QObject *> InterfaceLoader::topLevelObjects(QWidget *root)
+{
+    if (!root)
+        return {};
+    return QList<QObject *>{root} + root->children();
+}
+
+QWidget *InterfaceLoader::createWidget(const QString &className, QWidget *parent,
+                                       const QString &name)
+{
+    const auto maker = m_makers.constFind(className);
+    if (maker == m_makers.constEnd())
+        return QUiLoader::createWidget(className, parent, name);
+    QWidget *widget = (*maker)(parent);
+    widget->setObjectName(name);
+    return widget;
+}

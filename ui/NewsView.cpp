@@ -1,0 +1,104 @@
+#include "ui/NewsView.h"
+
+#include "ui/NewsPage.h"
+
+#include <QEvent>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto LongestWaitForFocus = 1s;
+
+NewsView::PageFactory defaultFactory()
+{
+#ifdef QUELLMOOR_WITH_WEBENGINE
+    return makeWebNewsPage;
+#else
+    return makeTextNewsPage;
+#endif
+}
+
+class Decision final : public DecisionListener
+{
+public:
+    void use() override { m_isUsed = true; }
+    [[nodiscard]] bool isUsed() const { return m_isUsed; }
+
+private:
+    bool m_isUsed = false;
+};
+
+} // namespace
+
+NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(defaultFactory())
+{
+    m_patience.setSingleShot(true);
+    connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);
+}
+
+NewsView::~NewsView() = default;
+
+void NewsView::load(const QUrl &url)
+{
+    m_url = url;
+    if (m_page)
+        m_page->load(url);
+}
+
+void NewsView::setDrawsBackground(bool drawsBackground)
+{
+    m_drawsBackground = drawsBackground;
+    if (m_page)
+        m_page->setDrawsBackground(drawsBackground);
+}
+
+void NewsView::paintEvent(QPaintEvent *)
+{
+    if (std::exchange(m_hasBeenSeen, true))
+        return;
+    m_patience.start(LongestWaitForFocus);
+    makePageSoon();
+}
+
+void NewsView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (m_page)
+        m_page->widget()->setGeometry(rect());
+}
+
+void NewsView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange)
+        makePageSoon();
+}
+
+void NewsView::makePageSoon()
+{
+    // Painting has to end and the frame to reach the screen first.
+    if (m_hasBeenSeen && isActiveWindow() && !m_page)
+        m_patience.start(0);
+}
+
+void NewsView::makePage()
+{
+    if (m_page)
+        return;
+    m_page = m_pageFactory(this, m_extraCertificateFile,
+                           [this](const QUrl &url) { return decide(url); });
+    m_page->setDrawsBackground(m_drawsBackground);
+    m_page->widget()->setGeometry(rect());
+    m_page->widget()->show();
+    if (m_url.isValid())
+        m_page->load(m_url);
+}
+
+bool NewsView::decide(const QUrl &url)
+{
+    Decision decision;
+    if (m_policyDelegate)
+        m_policyDelegate->webViewDecidePolicyForNavigationAction(url, decision);
+    return decision.isUsed();
+}

@@ -1,0 +1,20 @@
+#include "ui/PictureView.h"
+
+#include <QPainter>
+
+PictureView::PictureView(QWidget *parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void PictureView::setPictureName(const QString &name)
+{
+    m_picture = Picture::named(name);
+    update();
+}
+
+void PictureView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    m_picture.paint(painter, rect());
+}

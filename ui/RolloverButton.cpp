@@ -1,0 +1,156 @@
+#include "ui/RolloverButton.h"
+
+#include "ui/Typography.h"
+
+#include <QPainter>
+
+namespace {
+
+// The picture of the same button held down, if there is one.
+Picture pressedPicture(const Picture &normal)
+{
+    static const QString suffix = QStringLiteral("_NORMAL");
+    const QString name = normal.name();
+    if (!name.endsWith(suffix))
+        return {};
+    return Picture::named(name.chopped(suffix.size()) + QStringLiteral("_PRESSED"));
+}
+
+QFont captionFont(RolloverButton::CaptionStyle style)
+{
+    if (style == RolloverButton::Plate) {
+        QFont font = Typography::display(29, QFont::DemiBold);
+        font.setLetterSpacing(QFont::AbsoluteSpacing, 5);
+        return font;
+    }
+    if (style == RolloverButton::BelowPicture)
+        return Typography::text(12, QFont::Medium);
+    return Typography::text(14);
+}
+
+} // namespace
+
+RolloverButton::RolloverButton(QWidget *parent) : QPushButton(parent)
+{
+    setCursor(Qt::PointingHandCursor);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+void RolloverButton::initWithRolloverImage(const Picture &image)
+{
+    m_rolloverImage = image;
+    m_normalImage = m_image;
+    m_isRolloverEnabled = true;
+}
+
+void RolloverButton::awakeFromNib()
+{
+    m_isRolloverEnabled = true;
+    m_normalImage = m_image;
+}
+
+void RolloverButton::setupWithRolloverImageName(const QString &name)
+{
+    m_rolloverImage = Picture::named(name);
+}
+
+void RolloverButton::mouseEntered()
+{
+    if (m_isRolloverEnabled && !m_rolloverImage.isNull())
+        setImage(m_rolloverImage);
+}
+
+void RolloverButton::mouseExited()
+{
+    if (m_isRolloverEnabled && !m_normalImage.isNull())
+        setImage(m_normalImage);
+}
+
+void RolloverButton::setImage(const Picture &image)
+{
+    m_image = image;
+    update();
+}
+
+void RolloverButton::setCaptionStyle(CaptionStyle style)
+{
+    m_captionStyle = style;
+    update();
+}
+
+void RolloverButton::enterEvent(QEnterEvent *event)
+{
+    QPushButton::enterEvent(event);
+    mouseEntered();
+}
+
+void RolloverButton::leaveEvent(QEvent *event)
+{
+    QPushButton::leaveEvent(event);
+    mouseExited();
+}
+
+void RolloverButton::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    imageToPaint().paint(painter, rect());
+    paintCaption(painter);
+    if (hasFocus())
+        paintFocus(painter);
+}
+
+Picture RolloverButton::imageToPaint() const
+{
+    if (!looksPressed())
+        return m_image;
+    const Picture pressed = pressedPicture(m_normalImage);
+    return pressed.isNull() ? m_image : pressed;
+}
+
+bool RolloverButton::looksHovered() const
+{
+    return !m_rolloverImage.isNull() && m_image == m_rolloverImage;
+}
+
+QColor RolloverButton::captionColor() const
+{
+    if (m_captionStyle == Plate)
+        return QColor::fromRgb(m_isRolloverEnabled ? Palette::Ink : Palette::Faded);
+    if (looksHovered() && !looksPressed())
+        return QColor::fromRgb(Palette::Bright);
+    return QColor::fromRgb(m_captionStyle == Link ? Palette::Brass : Palette::Text);
+}
+
+void RolloverButton::paintCaption(QPainter &painter) const
+{
+    if (m_captionStyle == NoCaption || text().isEmpty())
+        return;
+    const QFont font = captionFont(m_captionStyle);
+    QRectF area = rect();
+    // Letter spacing follows the last letter, too.
+    area.adjust(font.letterSpacing(), 0, 0, 0);
+    if (m_captionStyle == BelowPicture)
+        area.setTop(area.bottom() - 20);
+    if (looksPressed())
+        area.translate(0, 1);
+
+    painter.setFont(font);
+    const int alignment = Qt::AlignCenter | Qt::TextSingleLine;
+    if (m_captionStyle == Plate && m_isRolloverEnabled) {
+        painter.setPen(QColor(255, 240, 205, 120));
+        painter.drawText(area.translated(0, 1), alignment, text());
+    }
+    painter.setPen(captionColor());
+    painter.drawText(area, alignment, text());
+}
+
+void RolloverButton::paintFocus(QPainter &painter) const
+{
+    const QRectF ring = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor::fromRgb(Palette::Peat), 3));
+    painter.drawRoundedRect(ring, 6, 6);
+    painter.setPen(QPen(QColor::fromRgb(Palette::Teal), 1.5));
+    painter.drawRoundedRect(ring, 6, 6);
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QLabel>
+
+class TextFieldDelegate;
+
+// A line, or several, of plain text in a fixed place: what comes from a server is never taken for
+// markup, and what does not fit ends in an ellipsis and is whole in the tool tip. Changes are told
+// to assistive technology. Main thread only.
+class TextLabel : public QLabel
+{
+    Q_OBJECT
+    Q_PROPERTY(bool announcesChanges READ announcesChanges WRITE setAnnouncesChanges)
+
+public:
+    explicit TextLabel(QWidget *parent = nullptr);
+
+    void setStringValue(const QString &text);
+    [[nodiscard]] QString stringValue() const { return text(); }
+
+    // One line only, or as many as there is room for.
+    void setUsesSingleLineMode(bool usesSingleLineMode);
+    [[nodiscard]] bool usesSingleLineMode() const { return !wordWrap(); }
+    // Whether long lines go on in the next one.
+    void setWraps(bool wraps) { setWordWrap(wraps); }
+    [[nodiscard]] bool wraps() const { return wordWrap(); }
+    // Whether a text that is too long can be moved along. It never can here; kept as state.
+    void setScrollable(bool isScrollable) { m_isScrollable = isScrollable; }
+    [[nodiscard]] bool isScrollable() const { return m_isScrollable; }
+
+    // Labels are not edited, so their delegate hears nothing; null for none.
+    void setDelegate(TextFieldDelegate *delegate) { m_delegate = delegate; }
+    [[nodiscard]] TextFieldDelegate *delegate() const { return m_delegate; }
+
+    // Whether assistive technology reads a new text out at once.
+    void setAnnouncesChanges(bool announcesChanges) { m_announcesChanges = announcesChanges; }
+    [[nodiscard]] bool announcesChanges() const { return m_announcesChanges; }
+
+    // The lines as they are shown, the last one with an ellipsis when there is more.
+    [[nodiscard]] QStringList shownLines() const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void announce();
+
+    TextFieldDelegate *m_delegate = nullptr;
+    bool m_isScrollable = true;
+    bool m_announcesChanges = false;
+};

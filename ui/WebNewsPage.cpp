@@ -1,0 +1,159 @@
+#include "ui/NewsPage.h"
+
+#include "app/ErrorHandler.h"
+#include "ui/Typography.h"
+
+#include <QLocale>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslError>
+#include <QWebEngineCertificateError>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
+#include <QWebEngineRegisterProtocolHandlerRequest>
+#include <QWebEngineSettings>
+#include <QWebEngineView>
+
+namespace {
+
+// Certificates are checked against the default configuration, so the extra authorities join it.
+QList<QSslCertificate> trustExtraCertificates(const QString &file)
+{
+    const auto certificates =
+        file.isEmpty() ? QList<QSslCertificate>() : QSslCertificate::fromPath(file);
+    if (!certificates.isEmpty()) {
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.addCaCertificates(certificates);
+        QSslConfiguration::setDefaultConfiguration(configuration);
+    }
+    return certificates;
+}
+
+void restrict(QWebEngineSettings &settings)
+{
+    for (const auto attribute :
+         {QWebEngineSettings::ErrorPageEnabled, QWebEngineSettings::FocusOnNavigationEnabled,
+          QWebEngineSettings::FullScreenSupportEnabled, QWebEngineSettings::JavascriptCanPaste,
+          QWebEngineSettings::JavascriptCanAccessClipboard,
+          QWebEngineSettings::LocalContentCanAccessFileUrls,
+          QWebEngineSettings::LocalStorageEnabled, QWebEngineSettings::NavigateOnDropEnabled,
+          QWebEngineSettings::PdfViewerEnabled, QWebEngineSettings::PluginsEnabled,
+          QWebEngineSettings::ScreenCaptureEnabled})
+        settings.setAttribute(attribute, false);
+}
+
+class Page final : public QWebEnginePage
+{
+public:
+    Page(QWebEngineProfile *profile, const QString &extraCertificateFile, NewsView::Policy policy)
+        : QWebEnginePage(profile),
+          m_policy(std::move(policy)),
+          m_extraCertificates(trustExtraCertificates(extraCertificateFile))
+    {
+        restrict(*settings());
+        connect(this, &QWebEnginePage::certificateError, this, &Page::decideAboutCertificate);
+        connect(this, &QWebEnginePage::newWindowRequested, this,
+                [this](const QWebEngineNewWindowRequest &request) {
+                    if (m_policy(request.requestedUrl()))
+                        load(request.requestedUrl());
+                });
+        connect(this, &QWebEnginePage::featurePermissionRequested, this,
+                [this](const QUrl &origin, Feature feature) {
+                    setFeaturePermission(origin, feature, PermissionDeniedByUser);
+                });
+        connect(this, &QWebEnginePage::registerProtocolHandlerRequested, this,
+                [](QWebEngineRegisterProtocolHandlerRequest request) { request.reject(); });
+    }
+
+protected:
+    bool acceptNavigationRequest(const QUrl &url, NavigationType, bool) override
+    {
+        return m_policy(url);
+    }
+    void javaScriptAlert(const QUrl &, const QString &) override {}
+    bool javaScriptConfirm(const QUrl &, const QString &) override { return false; }
+    bool javaScriptPrompt(const QUrl &, const QString &, const QString &, QString *) override
+    {
+        return false;
+    }
+    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString &, int,
+                                  const QString &) override
+    {
+    }
+    QStringList chooseFiles(FileSelectionMode, const QStringList &, const QStringList &) override
+    {
+        return {};
+    }
+
+private:
+    // The engine knows the system's authorities only. A certificate that fails there is looked at
+    // again with the extra ones; anything else that is wrong with it stays wrong.
+    void decideAboutCertificate(QWebEngineCertificateError error)
+    {
+        const bool mayBeOurs =
+            error.type() == QWebEngineCertificateError::CertificateAuthorityInvalid;
+        if (mayBeOurs && error.isOverridable() && !m_extraCertificates.isEmpty() &&
+            QSslCertificate::verify(error.certificateChain(), error.url().host()).isEmpty())
+            error.acceptCertificate();
+        else
+            error.rejectCertificate();
+    }
+
+    const NewsView::Policy m_policy;
+    const QList<QSslCertificate> m_extraCertificates;
+};
+
+class WebNewsPage final : public NewsPage
+{
+public:
+    WebNewsPage(QWidget *parent, const QString &extraCertificateFile, NewsView::Policy policy)
+        : m_view(new QWebEngineView(parent)),
+          m_page(std::make_unique<Page>(&m_profile, extraCertificateFile, std::move(policy)))
+    {
+        // Without a name a profile keeps nothing on the disk. A download that nobody accepts is
+        // cancelled, and so is whatever else a page asks for that nobody answers.
+        m_profile.setHttpAcceptLanguage(QLocale().uiLanguages().join(QLatin1Char(',')));
+        m_profile.setSpellCheckEnabled(false);
+        m_view->setPage(m_page.get());
+        m_view->setContextMenuPolicy(Qt::NoContextMenu);
+        m_view->setAcceptDrops(false);
+        m_view->setAccessibleName(QWebEngineView::tr("News"));
+        QObject::connect(
+            m_page.get(), &QWebEnginePage::renderProcessTerminated, m_view,
+            [this](QWebEnginePage::RenderProcessTerminationStatus, int code) {
+                ErrorHandler::log(
+                    QStringLiteral("The news page's process ended with %1.").arg(code));
+                m_view->hide();
+            });
+    }
+
+    ~WebNewsPage() override { delete m_view; }
+
+    QWidget *widget() override { return m_view; }
+
+    void load(const QUrl &url) override
+    {
+        m_view->show();
+        m_page->load(url);
+    }
+
+    void setDrawsBackground(bool drawsBackground) override
+    {
+        m_page->setBackgroundColor(drawsBackground ? QColor::fromRgb(Palette::Peat)
+                                                   : QColor(Qt::transparent));
+    }
+
+private:
+    QWebEngineProfile m_profile;
+    QPointer<QWebEngineView> m_view; // also a child of the news view, which may delete it first
+    std::unique_ptr<Page> m_page;    // goes before its profile
+};
+
+} // namespace
+
+std::unique_ptr<NewsPage> makeWebNewsPage(QWidget *parent, const QString &extraCertificateFile,
+                                          NewsView::Policy policy)
+{
+    return std::make_unique<WebNewsPage>(parent, extraCertificateFile, std::move(policy));
+}
