@@ -136,15 +136,17 @@ class Tree:
     def remove(self, key: str) -> None:
         """Deletes a packed file and the folders that only it kept."""
         target = self.packed(key)
-        try:
-            os.unlink(target)
-            for parent in target.parents:
-                if parent in (self.content, self.content / PATCH_FOLDER):
-                    break
+        target.unlink(missing_ok=True)
+        for parent in target.parents:
+            if parent in (self.content, self.content / PATCH_FOLDER):
+                break
+            try:
                 os.rmdir(parent)
-        except OSError:
-            # Gone already, or the folder is still in use: nothing is left to do.
-            return
+            except FileNotFoundError:
+                # A run that was killed got this far.
+                continue
+            except OSError:
+                break
 
 
 def sync_folder(folder: Path) -> None:

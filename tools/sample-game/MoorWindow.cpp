@@ -89,12 +89,15 @@ void MoorWindow::paintMoor(QPainter &painter) const
         painter.setBrush(between(between(Peat, Mist, 0.4), Ink, 0.25 + 0.75 * share));
         painter.drawPath(ridge(area, 0.6 + 0.1 * layer, 1.3 * layer));
     }
-    const QPointF well(area.width() * 0.72, area.height() * 0.86);
-    QRadialGradient glow(well, 90);
-    glow.setColorAt(0, clear(Spring, 170));
+    QRadialGradient glow(QPointF(0, 0), 95);
+    glow.setColorAt(0, clear(Spring, 190));
     glow.setColorAt(1, clear(Spring, 0));
+    painter.save();
+    painter.translate(area.width() * 0.72, area.height() * 0.86);
+    painter.scale(1, 0.28);
     painter.setBrush(glow);
-    painter.drawEllipse(well, 90, 26);
+    painter.drawEllipse(QPointF(0, 0), 95, 95);
+    painter.restore();
 }
 
 void MoorWindow::paintFrame(QPainter &painter) const
