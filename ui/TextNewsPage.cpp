@@ -14,7 +14,7 @@ namespace {
 constexpr qint64 LargestPage = 4 * 1024 * 1024;
 constexpr int IdleTimeout = 60000;
 
-QString styleSheet()
+QString pageStyle()
 {
     const auto name = [](QRgb color) { return QColor::fromRgb(color).name(); };
     return QStringLiteral("body, p, li, td { color: %1 } a { color: %2 } h1, h2, h3 { color: %3 }")
@@ -30,7 +30,7 @@ public:
         setOpenLinks(false);
         setFrameShape(QFrame::NoFrame);
         setFont(Typography::text(15));
-        document()->setDefaultStyleSheet(styleSheet());
+        document()->setDefaultStyleSheet(pageStyle());
         document()->setDocumentMargin(16);
         setAccessibleName(tr("News"));
     }
