@@ -60,7 +60,8 @@ int UpdateCommand::run()
         result = updateUntilValid(result);
     m_patcher->setDelegate(nullptr); // ends the circle of references
     tellSummary(result);
-    return result.invalidCount == 0 ? AllValid : SomeInvalid;
+    const bool isAsPublished = result.invalidCount == 0 && result.refusedCount == 0;
+    return isAsPublished ? AllValid : SomeInvalid;
 }
 
 FileCheck::Result UpdateCommand::check()
@@ -162,7 +163,8 @@ void UpdateCommand::tellSummary(const FileCheck::Result &result) const
                        .arg(result.trustedCount)
                        .arg(m_configuration.gameFolder());
     if (result.refusedCount > 0)
-        text += QStringLiteral("%1 entries of the manifest name no file of the game folder\n")
+        text += QStringLiteral("%1 of the manifest's files left out: they would not lie in the "
+                               "game folder\n")
                     .arg(result.refusedCount);
     if (m_writtenFiles > 0)
         text += QStringLiteral("%1 files fetched, %2 MB in %3 s, %4 MB/s\n")
