@@ -21,12 +21,13 @@ void VARNOPatcher::connectionDidFinishLoading()
         data = std::exchange(m_dataBuffer, QByteArray());
         m_waitingBytes += data.size();
     }
+    auto next = takeNextFile();
     queue->async([self = shared_from_this(), data = std::move(data), file]() mutable {
         const qint64 size = data.size();
         self->writeData(std::exchange(data, {}), file);
         self->releaseWaitingBytes(size);
     });
-    downloadNext();
+    downloadFrom(std::move(next));
 }
 
 std::shared_ptr<DispatchQueue>
@@ -63,9 +64,10 @@ void VARNOPatcher::writeData(QByteArray data, const std::shared_ptr<Downloadable
     const std::optional<QByteArray> contents = decompressBzip2(std::move(data));
     if (!file)
         return;
-    file->writeToDisk(contents, [this](const QString &fileName, const std::optional<Error> &error,
-                                       const std::optional<QString> &logText) {
-        writeCompletion(fileName, error, logText);
+    file->writeToDisk(contents, [self = shared_from_this()](const QString &fileName,
+                                                            const std::optional<Error> &error,
+                                                            const std::optional<QString> &logText) {
+        self->writeCompletion(fileName, error, logText);
     });
 }
 

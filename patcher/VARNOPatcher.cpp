@@ -21,9 +21,10 @@ void increment(qint64 &counter)
 
 } // namespace
 
-VARNOPatcher::VARNOPatcher(HttpClient &httpClient, qint64 waitingBytesLimit)
+VARNOPatcher::VARNOPatcher(HttpClient &httpClient, qint64 waitingBytesLimit, Clock clock)
     : m_httpClient(httpClient),
       m_waitingBytesLimit(waitingBytesLimit),
+      m_clock(std::move(clock)),
       m_serialPatchQueue(DispatchQueue::makeSerial(QStringLiteral("varno.patch.queue")))
 {
 }
@@ -40,11 +41,9 @@ void VARNOPatcher::enqueueWithFile(const std::shared_ptr<Downloadable> &file)
 {
     const QUrl url = file->downloadURL();
     const std::lock_guard lock(m_mutex);
-    const bool isWaiting =
-        std::any_of(m_patchQueue.cbegin(), m_patchQueue.cend(),
-                    [&url](const auto &waiting) { return waiting->downloadURL() == url; });
-    if (isWaiting)
+    if (m_waitingUrls.contains(url))
         return;
+    m_waitingUrls.insert(url);
     m_patchQueue.push_back(file);
     increment(m_totalFiles);
     m_hasFinished = false;
@@ -64,11 +63,16 @@ void VARNOPatcher::start()
 
 // Runs on whichever thread calls it: the caller of start(), the connection's thread, or a write
 // queue's after the last write.
-void VARNOPatcher::downloadNext()
+void VARNOPatcher::downloadNext() { downloadFrom(takeNextFile()); }
+
+// The next file is always taken before the end of the one before is made known: whoever hears of it
+// may begin a new run at once, and two callers must not go on side by side.
+void VARNOPatcher::downloadFrom(std::shared_ptr<Downloadable> file)
 {
-    while (const auto file = takeNextFile()) {
+    while (file) {
         if (startDownloadWithFile(file))
             return;
+        file = takeNextFile();
         countFailure();
     }
     reportEndOfQueue();
@@ -83,6 +87,7 @@ std::shared_ptr<Downloadable> VARNOPatcher::takeNextFile()
         return nullptr;
     m_currentDownloadable = std::move(m_patchQueue.front());
     m_patchQueue.pop_front();
+    m_waitingUrls.remove(m_currentDownloadable->downloadURL());
     return m_currentDownloadable;
 }
 
@@ -118,15 +123,24 @@ bool VARNOPatcher::startDownloadWithFile(const std::shared_ptr<Downloadable> &fi
         std::fflush(stdout);
         return false;
     }
+    {
+        const std::lock_guard lock(m_mutex);
+        m_connection = connection;
+    }
     connection->start();
-
-    std::unique_lock lock(m_mutex);
-    m_connection = connection;
-    const bool isTooMuchWaiting = m_waitingBytes > m_waitingBytesLimit;
-    lock.unlock();
-    if (isTooMuchWaiting)
+    if (isTooMuchWaiting()) {
         connection->setPaused(true);
+        // A write that ended meanwhile may have let the connection go on before it was paused.
+        if (!isTooMuchWaiting())
+            connection->setPaused(false);
+    }
     return true;
+}
+
+bool VARNOPatcher::isTooMuchWaiting() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_waitingBytes > m_waitingBytesLimit;
 }
 
 void VARNOPatcher::countFailure()
@@ -138,7 +152,7 @@ void VARNOPatcher::countFailure()
 void VARNOPatcher::connectionDidReceiveResponse(const HttpResponse &response)
 {
     const std::lock_guard lock(m_mutex);
-    m_startTime = std::chrono::steady_clock::now();
+    m_startTime = m_clock();
     m_expectedDataSize = response.expectedContentLength;
     m_dataBuffer = QByteArray();
     m_dataBuffer.reserve(qsizetype(std::clamp<qint64>(m_expectedDataSize, 0, LargestReservation)));
@@ -149,7 +163,7 @@ void VARNOPatcher::connectionDidReceiveData(const QByteArray &data)
     std::unique_lock lock(m_mutex);
     m_dataBuffer.append(data);
     const auto received = double(m_dataBuffer.size());
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - m_startTime;
+    const std::chrono::duration<double> elapsed = m_clock() - m_startTime;
     const auto delegate = m_delegate;
     const double expected = double(m_expectedDataSize);
     const qint64 currentFile = m_currentFile;
@@ -166,8 +180,9 @@ void VARNOPatcher::connectionDidReceiveData(const QByteArray &data)
 void VARNOPatcher::connectionDidFailWithError(const Error &error)
 {
     logError(error, "connection(_:didFailWithError:)", 174);
+    const auto next = takeNextFile();
     countFailure();
-    downloadNext();
+    downloadFrom(next);
 }
 
 // The line numbers are fixed texts that point nowhere.

@@ -5,9 +5,11 @@
 #include "platform/HttpClient.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <chrono>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -30,8 +32,11 @@ public:
     // Bodies that wait to be written may take this much; above it the sender is slowed down.
     static constexpr qint64 WaitingBytesLimit = 256 * 1024 * 1024;
 
-    // `httpClient` must outlive the engine.
-    explicit VARNOPatcher(HttpClient &httpClient, qint64 waitingBytesLimit = WaitingBytesLimit);
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+    // `httpClient` must outlive the engine. Speeds are measured by the clock.
+    explicit VARNOPatcher(HttpClient &httpClient, qint64 waitingBytesLimit = WaitingBytesLimit,
+                          Clock clock = &std::chrono::steady_clock::now);
     ~VARNOPatcher() override;
 
     // Held strongly.
@@ -75,6 +80,7 @@ public:
 
 private:
     void downloadNext();
+    void downloadFrom(std::shared_ptr<Downloadable> file);
     [[nodiscard]] std::shared_ptr<Downloadable> takeNextFile();
     [[nodiscard]] bool startDownloadWithFile(const std::shared_ptr<Downloadable> &file);
     void reportEndOfQueue();
@@ -86,9 +92,11 @@ private:
     void logError(const Error &error, const char *function, int line) const;
     [[nodiscard]] std::shared_ptr<DispatchQueue> serialQueueForFile(const VARNOPatchFile &file);
     [[nodiscard]] QString currentFilenameLocked() const;
+    [[nodiscard]] bool isTooMuchWaiting() const;
 
     HttpClient &m_httpClient;
     const qint64 m_waitingBytesLimit;
+    const Clock m_clock;
     const double m_bytesPerMegaByte = 1048576.0; // nothing reads it; sizes use the exact reciprocal
     const std::shared_ptr<DispatchQueue> m_serialPatchQueue; // made and labelled, used by nothing
 
@@ -97,12 +105,13 @@ private:
     std::shared_ptr<VARNOPatcherDelegate> m_delegate;
     QString m_logs;
     std::deque<std::shared_ptr<Downloadable>> m_patchQueue;
+    QSet<QUrl> m_waitingUrls; // of the files in m_patchQueue
     QHash<QString, std::shared_ptr<DispatchQueue>> m_serialPatchQueues;
     bool m_isPatching = false; // only ever cleared: it does not keep start() from starting
     QByteArray m_dataBuffer;
     qint64 m_totalFiles = 0;
     qint64 m_currentFile = 0;
-    std::chrono::steady_clock::time_point m_startTime = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point m_startTime = m_clock();
     qint64 m_expectedDataSize = 0;
     qint64 m_writeCount = 0;
     std::shared_ptr<Downloadable> m_currentDownloadable;

@@ -1,0 +1,269 @@
+#include "CompressBzip2.h"
+#include "SelfServingHttpClient.h"
+#include "TestEngine.h"
+#include "TestMain.h"
+
+#include <QSemaphore>
+#include <QTest>
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Runs = 2000;
+
+QString nameOf(int number) { return u"file%1"_s.arg(number); }
+
+std::optional<QByteArray> compressedPath(const QUrl &url)
+{
+    return compressBzip2(url.path().toUtf8(), 1);
+}
+
+// Work on a thread of its own that the calling thread waits for. False when it takes too long.
+bool doElsewhere(const std::function<void()> &work)
+{
+    auto done = std::make_shared<QSemaphore>();
+    std::thread([work, done] {
+        work();
+        done->release();
+    }).detach();
+    return done->tryAcquire(1, TestEngine::Limit);
+}
+
+// An engine over connections that answer by themselves.
+struct SelfServingEngine
+{
+    explicit SelfServingEngine(SelfServingHttpClient &client)
+        : patcher(std::make_shared<VARNOPatcher>(client))
+    {
+        patcher->setDelegate(delegate);
+    }
+
+    TestEngine::Files enqueue(int first, int count) const
+    {
+        TestEngine::Files files;
+        for (int i = first; i < first + count; ++i) {
+            files += FakeDownloadable::named(nameOf(i));
+            patcher->enqueueWithFile(files.last());
+        }
+        return files;
+    }
+
+    const std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+    const std::shared_ptr<VARNOPatcher> patcher;
+};
+
+} // namespace
+
+class TestConcurrency : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void finishesEachOfManyTinyRunsOnce();
+    void runsAgainFromWithinTheFinish();
+    void answersItsDelegateWithinEveryMessage_data();
+    void answersItsDelegateWithinEveryMessage();
+    void keepsTheStepsOfCompletionsApart();
+    void answersOtherThreadsDuringARun();
+    void endsAfterItsLastWorkWhenNobodyHoldsIt();
+};
+
+void TestConcurrency::finishesEachOfManyTinyRunsOnce()
+{
+    SelfServingHttpClient client(compressedPath);
+    QStringList faults;
+    for (int run = 0; run < Runs; ++run) {
+        const SelfServingEngine engine(client);
+        const int count = 1 + run % 3;
+        QSemaphore lastReport;
+        engine.delegate->onMessage = [&](const QString &line) {
+            if (line.startsWith(u"written %1/%1 "_s.arg(count)))
+                lastReport.release();
+        };
+        engine.enqueue(0, count);
+        engine.patcher->start();
+        if (!lastReport.tryAcquire(1, TestEngine::Limit))
+            faults += u"run %1 does not end"_s.arg(run);
+        TestEngine::waitForWrites();
+        if (engine.delegate->finishCount() != 1)
+            faults += engine.delegate->lines();
+    }
+    QCOMPARE(faults, QStringList());
+}
+
+void TestConcurrency::runsAgainFromWithinTheFinish()
+{
+    SelfServingHttpClient client(compressedPath);
+    const SelfServingEngine engine(client);
+    QSemaphore lastRun;
+    TestEngine::Files files = engine.enqueue(0, 2);
+    std::atomic<int> run = 0;
+    engine.delegate->onMessage = [&](const QString &line) {
+        if (line != u"finished"_s)
+            return;
+        if (++run == Runs) {
+            lastRun.release();
+            return;
+        }
+        files += engine.enqueue(2 * run, 2);
+        engine.patcher->start();
+    };
+    engine.patcher->start();
+    QVERIFY(lastRun.tryAcquire(1, TestEngine::Limit));
+    TestEngine::waitForWrites();
+    QStringList wrong;
+    for (int i = 0; i < files.size(); ++i) {
+        if (files[i]->data() != u"/mac/%1.bz2"_s.arg(nameOf(i)).toUtf8())
+            wrong += nameOf(i) + u": "_s + QString::fromUtf8(files[i]->data());
+    }
+    QCOMPARE(std::tuple(wrong, client.mostAtOnce(), engine.delegate->finishCount()),
+             std::tuple(QStringList(), 1, qsizetype(Runs)));
+}
+
+void TestConcurrency::answersItsDelegateWithinEveryMessage_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("isElsewhere");
+    for (const auto *message :
+         {"received 1/1 a", "written 0/1 a", "finished", "written 1/1 disk a"}) {
+        QTest::addRow("%s, same thread", message) << QString::fromLatin1(message) << false;
+        QTest::addRow("%s, another thread", message) << QString::fromLatin1(message) << true;
+    }
+}
+
+void TestConcurrency::answersItsDelegateWithinEveryMessage()
+{
+    QFETCH(QString, message);
+    QFETCH(bool, isElsewhere);
+    const TestEngine engine;
+    QStringList answers;
+    const auto askAndStart = [&engine, &answers] {
+        answers += engine.patcher->logs();
+        engine.patcher->setLogs(u"kept"_s);
+        engine.patcher->setDelegate(engine.patcher->delegate());
+        engine.enqueueHolding({u"extra"_s});
+        engine.patcher->start();
+    };
+    QList<bool> isAnswered;
+    engine.delegate->onMessage = [&](const QString &line) {
+        if (line == message && isElsewhere)
+            isAnswered += doElsewhere(askAndStart);
+        else if (line == message)
+            askAndStart();
+    };
+    const auto files = engine.enqueueHolding({u"a"_s});
+    engine.patcher->start();
+    const auto first = engine.client.last();
+    first->deliver(compressBzip2("x"));
+    TestEngine::waitForWrites();
+    if (files[0]->writeCount() > 0)
+        files[0]->complete();
+    QCOMPARE(std::tuple(answers, isAnswered, engine.client.connectionCount(),
+                        engine.client.last()->request().url.fileName()),
+             std::tuple(QStringList(QString()), QList<bool>(isElsewhere ? 1 : 0, true),
+                        qsizetype(2), u"extra.bz2"_s));
+}
+
+void TestConcurrency::keepsTheStepsOfCompletionsApart()
+{
+    constexpr int Count = 400;
+    constexpr int Threads = 4;
+    const TestEngine engine;
+    QStringList names;
+    for (int i = 0; i < Count; ++i)
+        names += nameOf(i);
+    const auto files = engine.enqueueHolding(names);
+    engine.patcher->start();
+    for (int i = 0; i < Count; ++i)
+        engine.client.last()->deliver(compressBzip2("x"));
+    TestEngine::waitForWrites();
+
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < Threads; ++thread) {
+        threads.emplace_back([&files, thread] {
+            for (int i = thread; i < Count; i += Threads) {
+                files[i]->logText = nameOf(i);
+                files[i]->complete();
+            }
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
+
+    QStringList expected{u"written 0/%1"_s.arg(Count)};
+    for (int i = 1; i <= Count; ++i)
+        expected += u"written %1/%2"_s.arg(i).arg(Count);
+    expected.insert(expected.size() - 1, u"finished"_s);
+    QStringList lines;
+    for (const QString &line : engine.delegate->linesOfWriting())
+        lines += line.section(u' ', 0, 1);
+    QStringList logged = engine.patcher->logs().split(u'\n', Qt::SkipEmptyParts);
+    logged.sort();
+    names.sort();
+    QCOMPARE(lines, expected);
+    QCOMPARE(logged, names);
+}
+
+void TestConcurrency::answersOtherThreadsDuringARun()
+{
+    constexpr int Count = 300;
+    SelfServingHttpClient client(compressedPath);
+    const SelfServingEngine engine(client);
+    QSemaphore end;
+    engine.delegate->onMessage = [&end](const QString &line) {
+        if (line == u"finished"_s)
+            end.release();
+    };
+    engine.enqueue(0, Count);
+    std::atomic<bool> isOver = false;
+    qint64 mostWritten = 0;
+    std::thread reader([&] {
+        while (!isOver) {
+            const VARNOPatcher &patcher = *engine.patcher;
+            const bool isSane = patcher.logs().size() <= Count && patcher.currentFile() >= 0 &&
+                                patcher.expectedDataSize() >= 0 && patcher.delegate() &&
+                                patcher.queuedFileCount() <= Count && !patcher.isPatching() &&
+                                patcher.failedCount() == 0 && patcher.totalFiles() == Count &&
+                                patcher.currentFilename().size() < 10;
+            mostWritten = isSane ? std::max(mostWritten, patcher.writeCount()) : Count + 1;
+        }
+    });
+    engine.patcher->start();
+    const bool hasEnded = end.tryAcquire(1, TestEngine::Limit);
+    TestEngine::waitForWrites();
+    isOver = true;
+    reader.join();
+    QVERIFY(hasEnded);
+    QVERIFY2(mostWritten <= Count, "an answer that cannot be");
+    QCOMPARE(engine.patcher->logs(), u"\n"_s.repeated(Count));
+}
+
+void TestConcurrency::endsAfterItsLastWorkWhenNobodyHoldsIt()
+{
+    SelfServingHttpClient client(compressedPath);
+    QStringList faults;
+    for (int run = 0; run < 300; ++run) {
+        auto engine = std::make_unique<SelfServingEngine>(client);
+        QSemaphore lastReport;
+        engine->delegate->onMessage = [&lastReport](const QString &line) {
+            if (line.startsWith(u"written 3/3"_s))
+                lastReport.release();
+        };
+        const std::weak_ptr<VARNOPatcher> observed = engine->patcher;
+        engine->enqueue(0, 3);
+        engine->patcher->start();
+        engine.reset();
+        if (!lastReport.tryAcquire(1, TestEngine::Limit))
+            faults += u"run %1 does not end"_s.arg(run);
+        TestEngine::waitForWrites();
+        if (!QTest::qWaitFor([&observed] { return observed.expired(); }, TestEngine::Limit))
+            faults += u"the engine of run %1 stays"_s.arg(run);
+    }
+    QCOMPARE(faults, QStringList());
+}
+
+QUELLMOOR_TEST(TestConcurrency, "Concurrency")
+#include "tst_Concurrency.moc"
