@@ -1,10 +1,11 @@
+#include "account/LocalAuthenticationHandler.h"
 #include "app/Configuration.h"
+#include "platform/AlertPresenter.h"
 #include "platform/Workspace.h"
 #include "ui/LauncherView.h"
 #include "ui/LauncherViewDelegate.h"
+#include "ui/Localized.h"
 #include "ui/RolloverButton.h"
-#include "ui/TextLabel.h"
-#include "ui/VARNOProgressView.h"
 
 void LauncherView::bindActions()
 {
@@ -69,6 +70,31 @@ void LauncherView::releaseNotesButtonPressed(QObject *)
 void LauncherView::createAccountButtonPressed(QObject *)
 {
     open(m_services->configuration.websiteUrl(QStringLiteral("/register/")));
+}
+
+void LauncherView::touchIdPressed()
+{
+    if (m_services->localAuthentication.isTouchIDEnabled())
+        playPressed(nullptr);
+    else
+        explainTouchID();
+}
+
+void LauncherView::explainTouchID()
+{
+    Alert alert;
+    alert.buttons = {localized("Ok")};
+    if (m_services->localAuthentication.canEvaluatePolicy()) {
+        alert.messageText = localized("Touch ID is not yet enabled");
+        alert.informativeText =
+            localized("To enable Touch ID, please login to your account and press play.");
+        // So that the login which the alert asks for makes the offer again.
+        m_services->localAuthentication.setHasAskedUserForTouchID(false);
+    } else {
+        alert.messageText = localized("Touch ID is not available");
+        alert.informativeText = localized("Touch ID is not available on this device.");
+    }
+    m_services->alertPresenter.runModal(alert);
 }
 
 void LauncherView::open(const QString &url) { m_services->workspace.openURL(QUrl(url)); }

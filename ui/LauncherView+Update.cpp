@@ -6,17 +6,11 @@
 #include "platform/HttpClient.h"
 #include "platform/Workspace.h"
 #include "ui/LauncherView.h"
-#include "ui/RolloverButton.h"
-#include "ui/TextLabel.h"
-#include "ui/VARNOProgressView.h"
-
-#include <QCoreApplication>
+#include "ui/Localized.h"
 
 #include <algorithm>
 
 namespace {
-
-QString localized(const char *text) { return QCoreApplication::translate("Alerts", text); }
 
 QString installerName(const QString &version)
 {

@@ -13,6 +13,7 @@
 class AlertPresenter;
 class HttpClient;
 class LauncherViewDelegate;
+class LocalAuthenticationHandler;
 class RolloverButton;
 class TextLabel;
 class VARNOProgressView;
@@ -27,6 +28,7 @@ struct LauncherViewServices
     HttpClient &httpClient;
     Workspace &workspace;
     AlertPresenter &alertPresenter;
+    LocalAuthenticationHandler &localAuthentication;
     // Asks the application to end. From any thread; may be called more than once.
     std::function<void()> terminate;
 };
@@ -85,6 +87,8 @@ public:
     void playersGuideButtonPressed(QObject *sender);
     void releaseNotesButtonPressed(QObject *sender);
     void createAccountButtonPressed(QObject *sender);
+    // Of the Touch Bar: presses play when Touch ID is enabled, else explains in an alert why not.
+    void touchIdPressed();
 
     // TextFieldDelegate
     void controlTextDidChange(QObject *control) override;
@@ -120,6 +124,7 @@ private:
     void setupRolloverImages();
     void applyLoginFormHidden(bool hide);
     void open(const QString &url);
+    void explainTouchID();
 
     std::optional<LauncherViewServices> m_services;
     QUrl m_newsUrl;
