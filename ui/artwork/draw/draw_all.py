@@ -4,6 +4,7 @@ import os
 
 import controls
 import figures
+import marks
 import scene
 
 if __name__ == "__main__":
@@ -11,4 +12,5 @@ if __name__ == "__main__":
     out = os.path.dirname(here)
     controls.draw(out)
     figures.draw(out)
+    marks.draw(out)
     scene.draw(out)

@@ -64,12 +64,11 @@ def standing_stone(pic, cx, base, width, height, lean, seed, side=-1, light=1.0,
         t = i / n
         belly = .80 + .20 * math.sin(t * 2.6 + .5) - .30 * t ** 4
         x = cx + lean * t
-        left.append((x - width / 2 * belly + noise(i * .7, 3) * width * .075, base - height * t * .97))
-        right.append((x + width / 2 * belly + noise(50 + i * .6, 3) * width * .075, base - height * t * (.93 if side < 0 else .96)))
+        left.append((x - width / 2 * belly + noise(i * .7, 3) * width * .06, base - height * t * .97))
+        right.append((x + width / 2 * belly + noise(50 + i * .6, 3) * width * .06, base - height * t * (.93 if side < 0 else .96)))
     tip = [(cx + lean + width * .16 * -side, base - height), (cx + lean + width * .05 * side, base - height * 1.004)]
-    if side > 0:
-        tip = tip[::-1]
-    outline = left + tip[::1 if side < 0 else -1] + right[::-1]
+    tip.sort()
+    outline = left + tip + right[::-1]
     shade = lambda c: mix(c, "#46504F", depth)
     d = spline(outline, True, .62)
     xl, xr = cx - width / 2, cx + width / 2
@@ -106,7 +105,7 @@ def standing_stone(pic, cx, base, width, height, lean, seed, side=-1, light=1.0,
     glow = pic.linear(
         0, base, 0, base - height, (0, "#B6F2E6", .95 * light), (.25, TEAL, .85 * light), (.7, TEAL, .4 * light),
         (1, TEAL, .12 * light))
-    wob = [rng.uniform(.4, 1.25) for _ in range(n + 2)]
+    wob = [rng.uniform(.65, 1.15) for _ in range(n + 2)]
     wf = width / 34
     pic.path(strip(edge, lambda t: (2.6 * (1 - t) + .7) * wob[int(t * n)] * wf, inward), glow)
     pic.path(strip(edge, lambda t: (9 * (1 - t) + 2) * wob[int(t * n)] * wf, inward), glow, .22)
@@ -123,14 +122,15 @@ def boulder(pic, x, y, w, h, seed, teal=.3):
     j = lambda a: rng.uniform(-a, a)
     top = [(x - w * (.9 + j(.1)), y - h * (.5 + j(.1))), (x - w * (.45 + j(.15)), y - h * (.98 + j(.06))),
            (x + w * (.28 + j(.16)), y - h * (1 + j(.1))), (x + w * (.86 + j(.1)), y - h * (.58 + j(.12)))]
-    low = [(x + w * (1 + j(.06)), y - h * .1), (x + w * .55, y + h * .16), (x - w * .5, y + h * .18), (x - w * (1 + j(.05)), y - h * .05)]
+    low = [(x + w * (1.04 + j(.05)), y - h * .12), (x + w * (1.1 + j(.05)), y + h * .3), (x, y + h * .38),
+           (x - w * (1.12 + j(.05)), y + h * .3), (x - w * (1.04 + j(.05)), y - h * .1)]
     out = top + low
     if teal:
-        pic.path(spline([(px + .9, py + .5) for px, py in out], True, .42),
+        pic.path(spline([(px + .9, py + .5) for px, py in out], True, .3),
                  pic.linear(x - w, 0, x + w, 0, *fade(TEAL, (0, 0), (.6, teal * .4), (1, teal))))
-    pic.path(spline(out, True, .42), pic.linear(0, y - h, 0, y + h * .2, (0, "#232E2E"), (.5, "#151E1F"), (1, "#0B1112")))
+    pic.path(spline(out, True, .3), pic.linear(0, y - h, 0, y + h * .2, (0, "#222D2D"), (.5, "#161F20"), (1, "#10191A")))
     front = [top[0], (x - w * (.3 + j(.1)), y - h * (.56 + j(.08))), (x + w * (.34 + j(.1)), y - h * (.5 + j(.1))), top[3]]
-    pic.path(spline(top + front[2:0:-1], True, .3), "#6E7C78", .20)
+    pic.path(spline(top + front[2:0:-1], True, .2), "#6E7C78", .15)
     pic.path(strip(top, lambda t: .3 + .9 * math.sin(t * math.pi)), "#B5ADA6", .30)
     m = front[1 + rng.randrange(2)]
     pic.path(poly([m, (m[0] + j(3), y - h * .25), (m[0] + j(4), y + h * .1)], False), None, None, "#05090A", .8, stroke_opacity=.6)
