@@ -2,7 +2,7 @@
 import math
 import random
 
-from svg import (BRASS, INK, MIST, PEAT, TEAL, Noise, Picture, ellipse, fade, mix, num, poly, spline)
+from svg import BRASS, MIST, TEAL, Noise, Picture, ellipse, fade, mix, num, spline
 
 
 # --- the play button -------------------------------------------------------------------------

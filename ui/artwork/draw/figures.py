@@ -235,9 +235,9 @@ def updating():
     slab(pic, 78, 270, 200, 224, 404, 1, .75, 0)
     pair(pic, cx - 2, foot, 1.50, True, 1.25, 1, .55)
     d = ""
-    for _ in range(60):
-        d += blade(rng.choice((rng.uniform(40, 110), rng.uniform(236, 306), rng.uniform(60, 290))), rng.uniform(238, 248),
-                   rng.uniform(7, 26), rng.gauss(-3, 5), rng.uniform(1, 2), rng.random())
+    for _ in range(90):
+        d += blade(rng.choice((rng.gauss(52, 16), rng.gauss(292, 15), rng.uniform(40, 300))), rng.uniform(242, 249),
+                   rng.uniform(5, 17), rng.gauss(-3, 4), rng.uniform(1, 2), rng.random())
     pic.path(d, "#0A1012")
     # low mist over their feet's rock
     for x1, x2, y, th, q in ((10, 220, 236, 9, .20), (120, 334, 240, 8, .24), (60, 300, 228, 4, .16)):

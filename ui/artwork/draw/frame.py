@@ -71,7 +71,7 @@ def ring(pic, outer, inner):
                                       (1, "#161E1E")), rule="evenodd")
     n = len(outer)
     # weathered patches along the band
-    for tone, count, alpha in (("#0A1011", 150, .22), ("#8C9C95", 90, .07), ("#57694F", 46, .16)):
+    for tone, count, alpha in (("#0A1011", 100, .24), ("#8C9C95", 60, .08), ("#57694F", 40, .16)):
         d = ""
         for _ in range(count):
             i, t = rng.randrange(n), rng.uniform(.15, .85)

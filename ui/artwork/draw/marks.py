@@ -3,7 +3,7 @@ import math
 import random
 
 from rocks import standing_stone
-from svg import BRASS, INK, MIST, TEAL, Noise, Pen, Picture, blade, ellipse, fade, lens, num, poly, spline, strip
+from svg import BRASS, MIST, TEAL, Noise, Pen, Picture, blade, ellipse, fade, num, spline, strip
 
 
 def rounded(x, y, w, h, r):
@@ -92,6 +92,12 @@ def stem(x, y1, y2, w, flare=1.5):
             f"L{num(x + h + flare, 2)} {num(y2, 2)}Q{num(x + h - .25, 2)} {num(m, 2)} {num(x + h + flare, 2)} {num(y1, 2)}Z")
 
 
+def upper(x1, x2, y1, y2, flare):
+    """A stem flared at its head only; a curve carries on below."""
+    return (f"M{num(x1 - flare, 2)} {num(y1, 2)}Q{num(x1, 2)} {num(y1 * .6 + y2 * .4, 2)} {num(x1, 2)} {num(y2, 2)}"
+            f"L{num(x2, 2)} {num(y2, 2)}Q{num(x2, 2)} {num(y1 * .6 + y2 * .4, 2)} {num(x2 + flare, 2)} {num(y1, 2)}Z")
+
+
 def arm(x1, x2, y, w, up):
     """A crossbar drawn out to a small spur."""
     return (f"M{num(x1, 2)} {num(y - w / 2, 2)}L{num(x2 - 1, 2)} {num(y - w / 2, 2)}"
@@ -124,7 +130,7 @@ def letters(text, x, base, cap, gap):
             x += 2 * r
         elif ch == "U":
             r = 10.6 * s
-            d += [stem(x + w / 2, top, base - 9 * s, w, .9 * s), stem(x + 2 * r, top, base - 9 * s, thin, .9 * s)]
+            d += [upper(x, x + w, top, base - 9.6 * s, .9 * s), upper(x + 2 * r - thin / 2, x + 2 * r + thin / 2, top, base - 9.6 * s, .9 * s)]
             p = Pen(x, base - 10 * s, 2)
             p.to("c", (x, base - 3 * s), (x + 4 * s, base + .7 * s), (x + 10.6 * s, base + .7 * s))
             p.to("c", (x + 18 * s, base + .7 * s), (x + 2 * r + thin / 2, base - 3 * s), (x + 2 * r + thin / 2, base - 10 * s))

@@ -49,9 +49,9 @@ def slab(pic, x1, x2, y1, y2, seed, lit=1.0, teal=.5, tone=0):
     dd = ""
     for _ in range(max(1, int(w / 42))):
         cx = rng.uniform(x1 + w * .15, x2 - w * .12)
-        pts = [(cx + rng.uniform(-2.5, 2.5) + k * rng.uniform(-1, 1.5), y1 + h * (.12 + .26 * k)) for k in range(4)]
+        pts = [(cx + rng.uniform(-1, 1) + k * rng.uniform(0, 1.3), y1 + h * (.1 + .26 * k)) for k in range(4)]
         dd += poly(pts, False)
-    pic.path(dd, None, None, "#070C0D", .8, stroke_opacity=.75)
+    pic.path(dd, None, None, "#070C0D", .8, stroke_opacity=.6)
     return d
 
 
@@ -126,7 +126,7 @@ def boulder(pic, x, y, w, h, seed, teal=.3):
            (x - w * (1.12 + j(.05)), y + h * .3), (x - w * (1.04 + j(.05)), y - h * .1)]
     out = top + low
     if teal:
-        pic.path(spline([(px + .9, py + .5) for px, py in out], True, .3),
+        pic.path(spline([(px + .9, py - .3) for px, py in out], True, .3),
                  pic.linear(x - w, 0, x + w, 0, *fade(TEAL, (0, 0), (.6, teal * .4), (1, teal))))
     pic.path(spline(out, True, .3), pic.linear(0, y - h, 0, y + h * .2, (0, "#222D2D"), (.5, "#161F20"), (1, "#10191A")))
     front = [top[0], (x - w * (.3 + j(.1)), y - h * (.56 + j(.08))), (x + w * (.34 + j(.1)), y - h * (.5 + j(.1))), top[3]]

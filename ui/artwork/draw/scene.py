@@ -6,8 +6,7 @@ from frame import cup_marks, outlines, ring, shadow
 from controls import cut_panel
 from figures import pair
 from rocks import boulder, slab, standing_stone
-from svg import (BRASS, INK, MIST, TEAL, Noise, Picture, blade, ellipse, fade, lens, mix, num, poly,
-                 spline, strip)
+from svg import MIST, TEAL, Noise, Picture, blade, ellipse, fade, lens, mix, num, spline, strip
 
 SPRING = (368, 560)
 
@@ -28,12 +27,14 @@ def clouds(pic):
         y = 60 + 150 * (k / 30) ** 1.1 + rng.uniform(-5, 5)
         x = rng.uniform(330, 900)
         w = rng.uniform(50, 190)
-        x1, x2 = max(34, x - w), min(966, x + w)
+        x1, x2 = max(430 if y < 92 else 40, x - w), min(962, x + w)
+        if x2 - x1 < 40:
+            continue
         warm = (y - 60) / 150
         lit = rng.random() < .5
         tint = mix("#5D646E", "#E2A878", warm) if lit else mix("#141D24", "#4A3842", warm)
         thick = rng.uniform(1.2, 4.6) * (1.2 - warm * .6)
-        n, noise = 9, Noise(700 + k)
+        n, noise = 6, Noise(700 + k)
         top = [(x1 + (x2 - x1) * i / n, y - math.sin(i / n * math.pi) * thick * (1 + .6 * noise(i * .8, 2))) for i in range(n + 1)]
         low = [(x1 + (x2 - x1) * i / n, y + math.sin(i / n * math.pi) * thick * .55 * (1 + .7 * noise(30 + i * .8, 2)))
                for i in range(n, -1, -1)]
@@ -75,7 +76,9 @@ def folds(pic, pts, depth, tint, count, seed, alpha):
     for _ in range(count):
         x, y = rng.choice(pts[4:-8])
         y += rng.uniform(4, 14)
-        w, h = rng.uniform(24, 90), rng.uniform(9, (depth - y) * .5 + 10)
+        w, h = min(rng.uniform(24, 90), 966 - x), rng.uniform(9, (depth - y) * .5 + 10)
+        if w < 12:
+            continue
         d += spline([(x, y), (x + w * .4, y + h * .35), (x + w, y + h), (x + w * .35, y + h * .8), (x - w * .1, y + h * .5)])
     pic.path(d, tint, alpha)
 
@@ -87,7 +90,7 @@ def mist(pic, y, spread, alpha, seed, count, tint=MIST, xr=(40, 960)):
         x = rng.uniform(xr[0] + w * .6, xr[1] - w * .6)
         yy = y + rng.uniform(-spread, spread)
         thick = rng.uniform(2, 8)
-        n, noise = 8, Noise(rng.random())
+        n, noise = 6, Noise(rng.random())
         x1, x2 = max(xr[0], x - w), min(xr[1], x + w)
         top = [(x1 + (x2 - x1) * i / n, yy - math.sin(i / n * math.pi) * thick * (1 + .5 * noise(i, 2))) for i in range(n + 1)]
         low = [(x1 + (x2 - x1) * i / n, yy + math.sin(i / n * math.pi) * thick * .7 * (1 + .5 * noise(40 + i, 2)))
@@ -110,14 +113,14 @@ def hills(pic):
         (420, 14, 80, 3.0, "#152022", "#22302F", 505, "#6B837C", .12),
     ]
     for k, (base, swell, scale, fine, top, low, depth, edge, a) in enumerate(layers):
-        pts = ridge(Noise(40 + k), 27, 973, base, swell, scale, fine, 6 + k, -.012 * (k - 2))
+        pts = ridge(Noise(40 + k), 27, 973, base, swell, scale, fine, 9 + k, -.012 * (k - 2))
         hill(pic, pts, depth, top, low, edge, a)
         folds(pic, pts, depth, mix(top, "#0B1113", .5), 12, 300 + k, .16)
         if k >= 3:
             d, rng = "", random.Random(k)
             for x, y in pts[::1]:
-                for _ in range(1 if k > 3 else 2):
-                    d += blade(x + rng.uniform(-4, 4), y + 1.5, rng.uniform(2, 3 + k), rng.uniform(-2.5, 2.5), .9)
+                for _ in range(2):
+                    d += blade(x + rng.uniform(-6, 6), y + 1.5, rng.uniform(2, 3 + k), rng.uniform(-2.5, 2.5), .9)
             pic.path(d, top)
         y = base + 36 + 6 * k
         bank_of_mist(pic, 330 + 110 * k % 420 + 120, y, 380, 24 + 3 * k, .26 - .025 * k, mix("#C7B4AA", MIST, min(1, k / 3)))
@@ -190,6 +193,34 @@ def reflections(pic):
         pic.path(lens(xx - w, xx + w, yy, rng.uniform(.5, 1.3)), rng.choice(("#A8F0E2", TEAL)), rng.uniform(.12, .42))
 
 
+def shore(pic):
+    """Where the turf meets the water: a lit lip, its shadow, and grass hanging over."""
+    line = [(330, 518), (306, 525), (282, 533), (262, 543), (246, 553), (233, 563), (226, 573), (222, 583), (224, 592), (231, 600), (240, 606)]
+    pic.path(strip(line, lambda t: 5 + 5 * math.sin(t * math.pi), -1), "#060B0C", .42)
+    pic.path(strip(line, lambda t: (.7 + 1.1 * math.sin(t * 3)) * (.6 + .4 * math.sin(t * 31)), -1),
+             pic.linear(330, 0, 222, 0, *fade(TEAL, (0, .75), (.5, .45), (1, .12))))
+    rng, spots = random.Random(19), []
+    for _ in range(120):
+        k = rng.randrange(len(line) - 1)
+        t = rng.random()
+        spots.append((line[k][0] * (1 - t) + line[k + 1][0] * t - rng.uniform(0, 7), line[k][1] * (1 - t) + line[k + 1][1] * t + rng.uniform(-1, 4)))
+    grass(pic, spots, 20, "#0C1415", None, 5, 15, 1.4, 5)
+    grass(pic, [p for p in spots[::3] if p[0] > 262], 21, "#3F8C80", .55, 4, 11, .9, 4)
+
+
+def feet(pic, cx, base, width):
+    """A stone's foot in the water: its dark double, broken by light."""
+    rng = random.Random(int(cx))
+    pic.glow(cx, base + 1, width * .95, 7, *fade("#040809", (0, .75), (.6, .4), (1, 0)))
+    for k in range(7):
+        y = base + 1 + k * 3.4
+        w = width * (.56 - .04 * k) * rng.uniform(.8, 1.1)
+        pic.path(lens(cx - w, cx + w, y, 1.9), "#060B0C", .6 - .06 * k)
+    for k in range(4):
+        y, x = base - 1 + k * 2.2, cx + rng.uniform(-6, 6)
+        pic.path(lens(x - width * .62, x + width * .62, y, .6), "#9BEBDC", .42 - .08 * k)
+
+
 def grass(pic, spots, seed, tint, alpha=None, hmin=8, hmax=26, width=1.5, lean=7):
     rng, d = random.Random(seed), ""
     for x, y in spots:
@@ -199,7 +230,7 @@ def grass(pic, spots, seed, tint, alpha=None, hmin=8, hmax=26, width=1.5, lean=7
 
 def tor(pic):
     slope = [(26, 150), (70, 146), (140, 148), (230, 152), (318, 154), (340, 166), (352, 190), (366, 199), (371, 226), (388, 246),
-             (394, 282), (410, 300), (416, 330), (446, 358), (458, 388), (492, 408), (520, 440), (566, 458), (608, 484), (540, 489),
+             (394, 282), (410, 300), (416, 330), (446, 358), (458, 388), (490, 410), (516, 446), (556, 474), (600, 487), (540, 490),
              (480, 496), (430, 501), (380, 508),
              (330, 518), (282, 533), (246, 553), (226, 573), (224, 592), (240, 606), (262, 614), (60, 614), (34, 606), (27, 590)]
     d = spline(slope, True, .8)
@@ -216,20 +247,18 @@ def tor(pic):
         q = rng.uniform(.10, .30)
         pic.glow(x, y, w, w * rng.uniform(.16, .34), *fade(rng.choice(("#3B4C46", "#06090A", "#06090A")), (0, q), (.5, q * .5), (1, 0)))
     spots = []
-    for _ in range(330):
+    for _ in range(210):
         t = rng.random()
         y = 165 + 400 * t
         xmax = 330 + 190 * min(1, t * 1.1) if t < .8 else 250
         spots.append((rng.uniform(36, xmax), y))
-    grass(pic, spots[:150], 61, "#3A4A44", .6, 4, 11, 1.1, 4)
-    grass(pic, spots[150:], 62, "#0A1011", .7, 5, 14, 1.2, 4)
+    grass(pic, spots[:100], 61, "#3A4A44", .6, 4, 11, 1.1, 4)
+    grass(pic, spots[100:], 62, "#0A1011", .7, 5, 14, 1.2, 4)
     # lit tips near the spring
     lit = [rng.uniform(232, 330) for _ in range(80)]
-    grass(pic, [(x, 540 - (x - 282) * .32 + rng.uniform(-8, 12)) for x in lit], 63, "#4FA697", .6, 4, 13, 1, 4)
+    grass(pic, [(x, 540 - (x - 282) * .32 + rng.uniform(-8, 12)) for x in lit], 63, "#4FA697", .45, 4, 12, 1, 4)
     for k, (x, y, w, h, q) in enumerate((
-            (346, 208, 22, 19, .35), (322, 222, 13, 10, .3), (384, 268, 16, 16, .4), (368, 278, 9, 7, .4), (406, 332, 15, 15, .5),
-            (388, 344, 11, 9, .5), (440, 384, 19, 16, .4), (420, 402, 11, 9, .5), (480, 424, 22, 16, .35), (66, 452, 24, 19, .2),
-            (94, 462, 12, 9, .2), (366, 470, 19, 14, .8), (268, 549, 24, 17, .9), (242, 562, 13, 9, .8), (300, 536, 12, 9, .9))):
+            (346, 208, 22, 19, .35), (322, 222, 13, 10, .3), (384, 268, 16, 16, .4), (368, 278, 9, 7, .4), (388, 344, 11, 9, .5), (440, 384, 19, 16, .4), (420, 402, 11, 9, .5), (480, 424, 22, 16, .35), (268, 549, 24, 17, .4), (240, 563, 13, 9, .35), (300, 536, 12, 9, .5))):
         pic.glow(x, y + 3, w * 1.6, h * .5, *fade("#040708", (0, .6), (.6, .3), (1, 0)))
         boulder(pic, x, y, w, h, 70 + k, q)
         grass(pic, [(x + rng.uniform(-w, w) * 1.15, y + rng.uniform(4, 8)) for _ in range(int(w * 1.3))], 600 + k, "#111A1B", None, 5, 13, 1.2, 4)
@@ -291,7 +320,7 @@ def news_ground(pic):
     d = spline(pts, True, .8)
     for w, a in ((9, .06), (5, .10), (2.5, .14)):
         pic.path(d, None, None, "#04080A", w, stroke_opacity=a)
-    pic.path(d, pic.linear(0, 108, 0, 508, (0, "#0E1518", .50), (.3, "#0E1518", .56), (1, "#0B1214", .62)))
+    pic.path(d, pic.linear(0, 108, 0, 508, (0, "#0E1518", .54), (.25, "#0E1518", .63), (.5, "#0E1518", .62), (1, "#0B1214", .66)))
     pic.path(d, None, None, MIST, .9, stroke_opacity=.30)
 
 
@@ -314,17 +343,22 @@ def backdrop():
     news_ground(pic)
     standing_stone(pic, 330, 564, 34, 96, -5, 35, 1, 1, 0, .1)
     standing_stone(pic, 408, 570, 34, 236, 3, 36, -1, 1, 0, .3)
+    feet(pic, 330, 564, 34)
+    feet(pic, 408, 570, 34)
+    shore(pic)
     spring(pic)
     reflections(pic)
-    mist(pic, 572, 10, .16, 901, 7, "#A9DCD2", (236, 640))
+    mist(pic, 588, 7, .12, 901, 6, "#A9DCD2", (240, 620))
     ring(pic, outer, inner)
     stacks(pic)
     cup_marks(pic, 962, 602, 11, 1)
+    rng = random.Random(81)
+    grass(pic, [(rng.uniform(60, 940), 617 + rng.uniform(-2, 3)) for _ in range(170)], 82, "#0A0F11", None, 5, 15, 1.5, 4)
     reeds(pic, 948, 982, 626, 26, 41, 50, 190)
     reeds(pic, 18, 52, 628, 20, 42, 30, 120)
     rng = random.Random(8)
     for k in range(9):
-        cotton(pic, rng.uniform(20, 66), 622, rng.uniform(40, 84), rng.uniform(-8, 14), 800 + k)
+        cotton(pic, rng.uniform(17, 52), 623, rng.uniform(40, 92), rng.uniform(-9, 6), 800 + k)
     return pic
 
 
