@@ -42,7 +42,7 @@ def offset(points, by):
 
 
 def outlines():
-    base = dense(KEYS, 19)
+    base = dense(KEYS, 24)
     chip, fine = Noise(3), Noise(4)
     outer = offset(base, lambda i: max(-.8, chip(i * .6, 3) * 1.3) + (1.5 if fine(i * .9, 1) > .8 else 0))
 
@@ -56,8 +56,8 @@ def outlines():
 
 def shadow(pic):
     d = spline([(x, y + 5) for x, y in KEYS], True, 2.5 / 3 * 1.2)
-    for w in range(2, 36, 3):
-        pic.path(d, None, None, "#020506", w, stroke_opacity=.034)
+    for w in range(2, 38, 4):
+        pic.path(d, None, None, "#020506", w, stroke_opacity=.042)
 
 
 def ring(pic, outer, inner):
@@ -82,8 +82,8 @@ def ring(pic, outer, inner):
             length, thick = rng.uniform(3, 15), rng.uniform(.5, 2)
             ca, sa = math.cos(ang), math.sin(ang)
             pts = []
-            for k in range(6):
-                q = k / 6 * math.tau
+            for k in range(5):
+                q = k / 5 * math.tau
                 rr = rng.uniform(.6, 1.1)
                 px, py = math.cos(q) * length * rr, math.sin(q) * thick * rr
                 pts.append((x + px * ca - py * sa, y + px * sa + py * ca))
@@ -92,7 +92,7 @@ def ring(pic, outer, inner):
     # joints between the dressed blocks
     dark = light = ""
     for i in range(6, n, 1):
-        if rng.random() < .15:
+        if rng.random() < .2:
             (x1, y1), (x2, y2) = outer[i], inner[(i + rng.choice((-1, 0, 0, 1))) % n]
             mx, my = (x1 + x2) / 2 + rng.uniform(-1.4, 1.4), (y1 + y2) / 2 + rng.uniform(-1.4, 1.4)
             dark += f"M{num(x1)} {num(y1)}Q{num(mx)} {num(my)} {num(x2)} {num(y2)}"

@@ -1,7 +1,6 @@
 // Renders icon.svg and icon_small.svg to the PNG sizes of the application icon.
 //
-//   g++ -std=c++20 -fPIC render_icons.cpp -o /tmp/render_icons \
-//       $(pkg-config --cflags --libs Qt6Gui) -I/usr/include/x86_64-linux-gnu/qt6/QtSvg -lQt6Svg
+//   g++ -std=c++20 -fPIC render_icons.cpp -o /tmp/render_icons $(pkg-config --cflags --libs Qt6Gui Qt6Svg)
 //   /tmp/render_icons ..            (the directory that holds the SVG files)
 #include <QDir>
 #include <QGuiApplication>

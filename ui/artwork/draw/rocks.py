@@ -41,7 +41,7 @@ def slab(pic, x1, x2, y1, y2, seed, lit=1.0, teal=.5, tone=0):
             fx, fy = rng.uniform(x1 + 4, x2 - 8), rng.uniform(y1 + h * .2, y2 - h * .15)
             fw, fh = rng.uniform(4, w * .2), rng.uniform(1, h * .18)
             pts = [(fx + math.cos(q) * fw * rng.uniform(.5, 1.1), fy + math.sin(q) * fh * rng.uniform(.5, 1.1))
-                   for q in (0, .9, 1.8, 2.7, 3.6, 4.6, 5.4)]
+                   for q in (0, 1.1, 2.3, 3.6, 4.9)]
             pts = [(min(max(px, x1 + 1), x2 - 1), min(max(py, y1 + 2), y2 - 1)) for px, py in pts]
             dd += spline(pts, True, .7)
         pic.path(dd, tint, alpha)

@@ -23,7 +23,7 @@ def sky(pic, panel):
 
 def clouds(pic):
     rng = random.Random(91)
-    for k in range(30):
+    for k in range(26):
         y = 60 + 150 * (k / 30) ** 1.1 + rng.uniform(-5, 5)
         x = rng.uniform(330, 900)
         w = rng.uniform(50, 190)
@@ -52,11 +52,10 @@ def star(pic, x, y, s=1.0):
 
 
 def ridge(noise, x1, x2, base, swell, scale, fine, step=7, tilt=0.0):
-    pts, x = [], x1
-    while x <= x2 + .1:
-        y = base + noise(x / scale, 3) * swell + noise(x / 13 + 90, 2) * fine + tilt * (x - 500)
-        pts.append((x, y))
-        x += step
+    pts, n = [], round((x2 - x1) / step)
+    for i in range(n + 1):
+        x = x1 + (x2 - x1) * i / n
+        pts.append((x, base + noise(x / scale, 3) * swell + noise(x / 13 + 90, 2) * fine + tilt * (x - 500)))
     return pts
 
 
@@ -113,7 +112,7 @@ def hills(pic):
         (420, 14, 80, 3.0, "#152022", "#22302F", 505, "#6B837C", .12),
     ]
     for k, (base, swell, scale, fine, top, low, depth, edge, a) in enumerate(layers):
-        pts = ridge(Noise(40 + k), 27, 973, base, swell, scale, fine, 9 + k, -.012 * (k - 2))
+        pts = ridge(Noise(40 + k), 27, 973, base, swell, scale, fine, 11 + k, -.012 * (k - 2))
         hill(pic, pts, depth, top, low, edge, a)
         folds(pic, pts, depth, mix(top, "#0B1113", .5), 12, 300 + k, .16)
         if k >= 3:
@@ -139,7 +138,7 @@ def water(pic):
         x, w = rng.uniform(460, 940), rng.uniform(14, 70)
         y = rng.uniform(490, 520)
         pic.path(lens(max(440, x - w), min(968, x + w), y, rng.uniform(1, 3.4)), "#0D1517", rng.uniform(.18, .4))
-    for _ in range(64):
+    for _ in range(52):
         t = rng.random() ** 1.6
         y = 489 + 118 * t
         x, w = rng.uniform(300 + 0 * t, 930), rng.uniform(10, 44 + 46 * t)
@@ -196,7 +195,7 @@ def reflections(pic):
 def shore(pic):
     """Where the turf meets the water: a lit lip, its shadow, and grass hanging over."""
     line = [(330, 518), (306, 525), (282, 533), (262, 543), (246, 553), (233, 563), (226, 573), (222, 583), (224, 592), (231, 600), (240, 606)]
-    pic.path(strip(line, lambda t: 5 + 5 * math.sin(t * math.pi), -1), "#060B0C", .42)
+    pic.path(strip(line, lambda t: 5 + 5 * math.sin(t * math.pi), -1), "#060B0C", .26)
     pic.path(strip(line, lambda t: (.7 + 1.1 * math.sin(t * 3)) * (.6 + .4 * math.sin(t * 31)), -1),
              pic.linear(330, 0, 222, 0, *fade(TEAL, (0, .75), (.5, .45), (1, .12))))
     rng, spots = random.Random(19), []
@@ -258,10 +257,10 @@ def tor(pic):
     lit = [rng.uniform(232, 330) for _ in range(80)]
     grass(pic, [(x, 540 - (x - 282) * .32 + rng.uniform(-8, 12)) for x in lit], 63, "#4FA697", .45, 4, 12, 1, 4)
     for k, (x, y, w, h, q) in enumerate((
-            (346, 208, 22, 19, .35), (322, 222, 13, 10, .3), (384, 268, 16, 16, .4), (368, 278, 9, 7, .4), (388, 344, 11, 9, .5), (440, 384, 19, 16, .4), (420, 402, 11, 9, .5), (480, 424, 22, 16, .35), (268, 549, 24, 17, .4), (240, 563, 13, 9, .35), (300, 536, 12, 9, .5))):
+            (346, 208, 22, 19, .35), (322, 222, 13, 10, .3), (384, 268, 16, 16, .4), (368, 278, 9, 7, .4), (388, 344, 11, 9, .5), (440, 384, 19, 16, .4), (420, 402, 11, 9, .5), (480, 424, 22, 16, .35), (252, 540, 20, 14, .3), (230, 552, 11, 8, .3), (292, 524, 11, 8, .4))):
         pic.glow(x, y + 3, w * 1.6, h * .5, *fade("#040708", (0, .6), (.6, .3), (1, 0)))
         boulder(pic, x, y, w, h, 70 + k, q)
-        grass(pic, [(x + rng.uniform(-w, w) * 1.15, y + rng.uniform(4, 8)) for _ in range(int(w * 1.3))], 600 + k, "#111A1B", None, 5, 13, 1.2, 4)
+        grass(pic, [(x + rng.uniform(-w, w) * 1.15, y + rng.uniform(4, 8)) for _ in range(int(w * .9))], 600 + k, "#111A1B", None, 5, 13, 1.2, 4)
 
 
 def stacks(pic):
@@ -306,6 +305,16 @@ def reeds(pic, x1, x2, y, count, seed, hmin, hmax, tints=("#0B1113", "#111A1A", 
             pic.path(spline([(tx - 1.6, ty + 8), (tx - 1.9, ty), (tx, ty - 9), (tx + 1.9, ty), (tx + 1.6, ty + 8)]), "#1F1A16")
 
 
+def turf(pic, x1, x2, y, seed):
+    """A clod that holds the reeds where they leave the frame."""
+    rng, n = random.Random(seed), 9
+    top = [(x1 + (x2 - x1) * i / n, y - math.sin(i / n * math.pi) * 10 + rng.uniform(-2, 2)) for i in range(n + 1)]
+    low = [(x2 - (x2 - x1) * i / n, y + 3 + math.sin(i / n * math.pi) * 7 + rng.uniform(-1.5, 1.5)) for i in range(n + 1)]
+    pic.path(spline(top + low), pic.linear(0, y - 10, 0, y + 9, (0, "#141D1B"), (1, "#080D0E")))
+    grass(pic, [(rng.uniform(x1 + 4, x2 - 4), y + rng.uniform(0, 8)) for _ in range(60)], seed, "#0E1615", None, 8, 26, 1.6, 7)
+    grass(pic, [(rng.uniform(x1 + 6, x2 - 6), y + rng.uniform(2, 8)) for _ in range(22)], seed + 1, "#33443B", .8, 6, 18, 1.2, 6)
+
+
 def birds(pic):
     d = ""
     for x, y, s in ((356, 118, 5.2), (371, 110, 4.2), (388, 122, 3.6), (402, 106, 3), (414, 116, 2.5)):
@@ -336,6 +345,7 @@ def backdrop():
     water(pic)
     tor(pic)
     spring_light(pic, panel)
+    shore(pic)
     for cx, base, w, h, lean, seed, side, light, depth in (
             (700, 492, 14, 40, 2, 31, -1, .25, .45), (628, 494, 17, 50, -3, 32, -1, .32, .34),
             (556, 498, 20, 62, 3, 33, -1, .45, .22), (486, 506, 26, 82, -4, 34, -1, .7, .08)):
@@ -345,10 +355,11 @@ def backdrop():
     standing_stone(pic, 408, 570, 34, 236, 3, 36, -1, 1, 0, .3)
     feet(pic, 330, 564, 34)
     feet(pic, 408, 570, 34)
-    shore(pic)
     spring(pic)
     reflections(pic)
     mist(pic, 588, 7, .12, 901, 6, "#A9DCD2", (240, 620))
+    # calm water under the row of links
+    pic.glow(690, 562, 286, 34, *fade("#0A1113", (0, .62), (.6, .5), (.85, .2), (1, 0)))
     ring(pic, outer, inner)
     stacks(pic)
     cup_marks(pic, 962, 602, 11, 1)
@@ -359,6 +370,8 @@ def backdrop():
     rng = random.Random(8)
     for k in range(9):
         cotton(pic, rng.uniform(17, 52), 623, rng.uniform(40, 92), rng.uniform(-9, 6), 800 + k)
+    turf(pic, 938, 992, 624, 51)
+    turf(pic, 8, 64, 625, 53)
     return pic
 
 

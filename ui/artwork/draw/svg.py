@@ -75,7 +75,7 @@ class Picture:
         return f"url(#g{self.count})"
 
     def path(self, d, fill=None, opacity=None, stroke=None, width=None, rule=None,
-             cap="round", join="round", stroke_opacity=None):
+             cap="round", stroke_opacity=None):
         a = [f'd="{d}"', f'fill="{fill or "none"}"']
         if opacity is not None:
             a.append(f'opacity="{num(opacity, 3)}"')
@@ -83,7 +83,8 @@ class Picture:
             a.append(f'fill-rule="{rule}"')
         if stroke:
             a.append(f'stroke="{stroke}" stroke-width="{num(width or 1, 2)}"')
-            a.append(f'stroke-linecap="{cap}" stroke-linejoin="{join}"')
+            if cap != "round":
+                a.append(f'stroke-linecap="{cap}"')
             if stroke_opacity is not None:
                 a.append(f'stroke-opacity="{num(stroke_opacity, 3)}"')
         self.body.append(f'<path {" ".join(a)}/>')
@@ -108,6 +109,7 @@ class Picture:
     def save(self, name):
         text = (f'<?xml version="1.0" encoding="UTF-8"?>\n'
                 f'<svg xmlns="http://www.w3.org/2000/svg" version="1.2" baseProfile="tiny" '
+                f'stroke-linecap="round" stroke-linejoin="round" '
                 f'width="{self.width}" height="{self.height}" '
                 f'viewBox="0 0 {self.width} {self.height}">\n')
         if self.defs:
@@ -120,11 +122,6 @@ class Picture:
 def fade(colour, *pairs):
     """Stops of one colour: (offset, opacity) pairs."""
     return [(o, colour, a) for o, a in pairs]
-
-
-def poly(points, closed=True, digits=1):
-    d = "M" + "L".join(f"{num(x, digits)} {num(y, digits)}" for x, y in points)
-    return d + ("Z" if closed else "")
 
 
 def short(value, digits):
@@ -150,6 +147,13 @@ class Pen:
         for k, item in enumerate(out):
             text += item if k == 0 or item.startswith("-") else " " + item
         self.d += text
+
+
+def poly(points, closed=True, digits=1):
+    pen = Pen(points[0][0], points[0][1], digits)
+    for p in points[1:]:
+        pen.to("l", p)
+    return pen.d + ("Z" if closed else "")
 
 
 def spline(points, closed=True, tension=1.0, digits=1):
