@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 import re
 from collections import Counter
 from dataclasses import dataclass
@@ -28,10 +29,15 @@ class Call:
     line: str
 
 
+# A process under strace cannot also be searched for leaks.
+WITHOUT_LEAK_SEARCH = f"ASAN_OPTIONS={os.environ.get('ASAN_OPTIONS', '')}:detect_leaks=0"
+STRACE = ("strace", "-f", "-qq", "-E", WITHOUT_LEAK_SEARCH)
+
+
 def traced(player: Player, *arguments: str, calls: str = "%file") -> tuple[Outcome, list[Call]]:
     """Runs the launcher and lists its calls of that kind, of all its threads."""
     log = player.root / "strace.log"
-    outcome = player.run(*arguments, wrapper=("strace", "-f", "-qq", "-xx", "-o", str(log),
+    outcome = player.run(*arguments, wrapper=(*STRACE, "-xx", "-o", str(log),
                                               "-e", f"trace={calls}", "--"))
     found = list(_parsed(log))
     log.unlink()
@@ -47,8 +53,7 @@ def count_below(calls: list[Call], folder: Path, names: tuple[str, ...]) -> Coun
 
 def killed_at(calls: str, number: int) -> tuple[str, ...]:
     """Runs the launcher so that it dies on entering that one of a thread's calls."""
-    return ("strace", "-f", "-qq", "-o", "/dev/null", "-e", f"trace={calls}",
-            "-e", f"inject={calls}:signal=SIGKILL:when={number}", "--")
+    return (*STRACE, "-o", "/dev/null", "-e", f"trace={calls}", f"inject={calls}:signal=SIGKILL:when={number}", "--")
 
 
 def _parsed(log: Path) -> Iterator[Call]:
