@@ -1,4 +1,4 @@
-"""Small helpers for writing plain SVG Tiny pictures: paths, gradients, noise."""
+"""Plain SVG Tiny pictures: paths, gradients, noise."""
 import math
 import random
 
