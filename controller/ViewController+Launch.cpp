@@ -20,10 +20,22 @@ constexpr std::chrono::milliseconds HideDelay{5000};
 
 void ViewController::launchGame()
 {
-    const QString executable = gameExecutable();
+    const auto found = gameExecutable();
+    if (const auto *refusal = std::get_if<GameFolder::Refusal>(&found)) {
+        ErrorHandler::log(
+            QStringLiteral("The game's executable is refused: %1.").arg(refusal->reason));
+        DispatchQueue::main()->async([self = shared_from_this()] { self->returnFromGame(); });
+        return;
+    }
+    const auto &executable = std::get<QString>(found);
     m_services.workspace.setIcon(executable);
     makeExecutable(executable);
+    runGame(executable);
+    DispatchQueue::main()->async([self = shared_from_this()] { self->returnFromGame(); });
+}
 
+void ViewController::runGame(const QString &executable)
+{
     LaunchScript script;
     script.playCookie = playCookie();
     script.gameserver = gameserver();
@@ -38,14 +50,14 @@ void ViewController::launchGame()
     task.waitUntilExit();
 
     m_hasReturnedFromGame = true;
-    DispatchQueue::main()->async([self = shared_from_this()] { self->returnFromGame(); });
 }
 
-QString ViewController::gameExecutable() const
+// The name comes from outside, like the files' keys, and must stay in the game folder like them.
+std::variant<QString, GameFolder::Refusal> ViewController::gameExecutable() const
 {
     const QString name =
         patcherJson()[QStringLiteral("exec")].toString(QStringLiteral("Quellmoor"));
-    return m_services.configuration.gameFolder() + QLatin1Char('/') + name;
+    return GameFolder(m_services.configuration.gameFolder()).pathFor(name);
 }
 
 // Both are tried; if any fails that is logged once, and the launch goes on.

@@ -8,6 +8,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/UserDefaults.h"
 #include "ui/LauncherView.h"
+#include "ui/TextField.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -64,8 +65,8 @@ void ViewController::loginUsername(const QString &username, const QString &passw
         stored.loadCredentials(
             [self = shared_from_this(), twoStepToken](const QString &name, const QString &secret) {
                 DispatchQueue::main()->async([self, name, secret, twoStepToken] {
-                    self->m_launcherView.accountIDField()->setText(name);
-                    self->m_launcherView.passwordField()->setText(secret);
+                    self->m_launcherView.accountIDField()->setStringValue(name);
+                    self->m_launcherView.passwordField()->setStringValue(secret);
                     self->postLoginWithUsername(name, secret, twoStepToken);
                 });
             });
@@ -73,10 +74,10 @@ void ViewController::loginUsername(const QString &username, const QString &passw
         m_launcherView.setStatus(QStringLiteral("You must enter a Username and Password."));
     } else if (password.isEmpty()) {
         m_launcherView.setStatus(QStringLiteral("You must enter a Password."));
-        m_launcherView.passwordField()->setFocus();
+        m_launcherView.passwordField()->becomeFirstResponder();
     } else if (username.isEmpty()) {
         m_launcherView.setStatus(QStringLiteral("You must enter a Username."));
-        m_launcherView.accountIDField()->setFocus();
+        m_launcherView.accountIDField()->becomeFirstResponder();
     } else {
         postLoginWithUsername(username, password, twoStepToken);
     }
@@ -146,7 +147,7 @@ void ViewController::takeLoginReply(const QJsonObject &reply)
 void ViewController::loginSucceeded(const QJsonObject &reply)
 {
     m_services.userDefaults.set(QStringLiteral("prevUser"),
-                                m_launcherView.accountIDField()->text());
+                                m_launcherView.accountIDField()->stringValue());
     m_services.userDefaults.synchronize();
     {
         const std::lock_guard lock(m_mutex);
@@ -165,8 +166,8 @@ void ViewController::offerStoredCredentials()
 {
     LocalAuthenticationHandler &stored = m_services.localAuthentication;
     if (stored.canEvaluatePolicy() && stored.askUserToEnableTouchID())
-        stored.setupWithUsername(m_launcherView.accountIDField()->text(),
-                                 m_launcherView.passwordField()->text());
+        stored.setupWithUsername(m_launcherView.accountIDField()->stringValue(),
+                                 m_launcherView.passwordField()->stringValue());
 }
 
 void ViewController::showTwoStepAuthenticationAlertWith(const QString &text)
@@ -176,10 +177,10 @@ void ViewController::showTwoStepAuthenticationAlertWith(const QString &text)
     alert.informativeText = text;
     alert.buttons = {localized("Confirm"), localized("Cancel")};
     m_services.alertPresenter.beginSheet(
-        alert, [self = shared_from_this()](int response, const QString &token) {
+        alert, AlertTextField(), [self = shared_from_this()](int response, const QString &token) {
             if (response == AlertPresenter::FirstButtonReturn)
-                self->loginUsername(self->m_launcherView.accountIDField()->text(),
-                                    self->m_launcherView.passwordField()->text(), token);
+                self->loginUsername(self->m_launcherView.accountIDField()->stringValue(),
+                                    self->m_launcherView.passwordField()->stringValue(), token);
         });
 }
 

@@ -4,12 +4,17 @@
 #include "app/Configuration.h"
 #include "app/ErrorHandler.h"
 #include "controller/Manifest.h"
+#include "controller/Reachability.h"
 #include "patcher/VARNOPatcher.h"
 #include "platform/ActivationPolicy.h"
 #include "platform/DispatchQueue.h"
 #include "platform/FileSystem.h"
+#include "platform/NotificationCenter.h"
+#include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "ui/InterfaceLoader.h"
 #include "ui/LauncherView.h"
+#include "ui/TextField.h"
 #include "ui/VARNOProgressView.h"
 
 #include <QCoreApplication>
@@ -33,6 +38,7 @@ void ViewController::viewDidLoad()
         self->createApplicationSupportDir();
     });
     m_launcherView.setDelegate(this);
+    watchNetwork();
     DispatchQueue::global(QualityOfService::Background)->async([self = shared_from_this()] {
         self->cleanUpOldDMGFiles();
     });
@@ -50,17 +56,41 @@ void ViewController::setup()
     downloadPatcherJSON(m_services.configuration.manifestUrl(currentEnvironment()));
     m_launcherView.setPlayButtonEnabled(true);
     if (const auto previousUser = m_services.userDefaults.string(QStringLiteral("prevUser")))
-        m_launcherView.accountIDField()->setText(*previousUser);
+        m_launcherView.accountIDField()->setStringValue(*previousUser);
 }
 
-void ViewController::viewDidAppear() { m_launcherView.accountIDField()->setFocus(); }
+void ViewController::viewDidAppear() { m_launcherView.accountIDField()->becomeFirstResponder(); }
 
 void ViewController::viewWillDisappear()
 {
+    if (const auto token = std::exchange(m_reachabilityObserver, std::nullopt))
+        NotificationCenter::defaultCenter().removeObserver(*token);
     m_launcherView.setDelegate(nullptr);
     // The engine holds its delegate: without this neither would ever go.
     if (const auto engine = patcher())
         engine->setDelegate(nullptr);
+}
+
+// The whole login URL stands where a host's name belongs; it is kept so.
+void ViewController::watchNetwork()
+{
+    m_reachabilityObserver = NotificationCenter::defaultCenter().addObserver(
+        Reachability::ChangedNotification, [this](const void *) { checkNetworkStatus(); });
+    m_hostReachability = Reachability::reachabilityWithHostName(
+        m_services.reachability, m_services.configuration.loginUrl());
+    if (!m_hostReachability)
+        return;
+    m_previousInternetStatus = m_hostReachability->currentReachabilityStatus();
+    m_hostReachability->startNotifier();
+}
+
+void ViewController::checkNetworkStatus()
+{
+    if (!m_hostReachability || m_previousInternetStatus != NotReachable ||
+        m_hostReachability->currentReachabilityStatus() == NotReachable)
+        return;
+    downloadPatcherJSON(m_services.configuration.manifestUrl(currentEnvironment()));
+    m_launcherView.downloadNews();
 }
 
 void ViewController::createApplicationSupportDir()
@@ -146,6 +176,26 @@ void ViewController::startThePatcher()
         if (const auto engine = self->patcher())
             engine->start();
     });
+}
+
+std::unique_ptr<QWidget> ViewController::loadWithNibNamed(const QString &name,
+                                                          const QMetaObject &aClass)
+{
+    std::unique_ptr<QWidget> root(InterfaceLoader().load(name));
+    if (!root) {
+        SystemLog::write(QStringLiteral("Couldn't load nib named ") + name);
+        return nullptr;
+    }
+    if (root->metaObject()->inherits(&aClass))
+        return root;
+    for (QObject *object : InterfaceLoader::topLevelObjects(root.get())) {
+        auto *widget = qobject_cast<QWidget *>(object);
+        if (widget && widget->metaObject()->inherits(&aClass)) {
+            widget->setParent(nullptr); // outlives its root
+            return std::unique_ptr<QWidget>(widget);
+        }
+    }
+    return nullptr;
 }
 
 std::optional<QString> ViewController::currentEnvironment() const

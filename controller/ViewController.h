@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/GameFolder.h"
 #include "patcher/VARNOPatcherDelegate.h"
 #include "ui/LauncherViewDelegate.h"
 
@@ -16,7 +17,11 @@ class ActivationPolicy;
 class AlertPresenter;
 class HttpClient;
 class LauncherView;
+class QWidget;
+struct QMetaObject;
 class LocalAuthenticationHandler;
+class Reachability;
+class ReachabilityService;
 class Timer;
 class UserDefaults;
 class VARNOPatcher;
@@ -36,6 +41,7 @@ struct ControllerServices
     AlertPresenter &alertPresenter;
     LocalAuthenticationHandler &localAuthentication;
     Timer &timer;
+    ReachabilityService &reachability;
 };
 
 // The launcher's one controller. The story of a run, and where to read it:
@@ -69,6 +75,10 @@ public:
     void viewWillDisappear();
     // The start-up flow, which begins anew after each game.
     void setup();
+
+    // After each change of the network. Fetches the manifest and the news when the host can be
+    // reached now and could not when the view was loaded; that first status is never updated.
+    void checkNetworkStatus();
 
     // Background. Makes the launcher data folder; what is there already is not examined.
     void createApplicationSupportDir();
@@ -113,6 +123,12 @@ public:
                                            const QString &filename) override;
     void patcherDidFinish() override;
 
+    // The first object of that class, or of one derived from it, among the interface file's root
+    // and the root's children; the caller owns it. Null, with a line in the log, when the file
+    // cannot be loaded; null when it holds no such object.
+    [[nodiscard]] static std::unique_ptr<QWidget> loadWithNibNamed(const QString &name,
+                                                                   const QMetaObject &aClass);
+
     [[nodiscard]] LauncherView &launcherView() const { return m_launcherView; }
     [[nodiscard]] std::optional<QString> currentEnvironment() const;
     [[nodiscard]] QJsonObject patcherJson() const;
@@ -125,19 +141,23 @@ public:
 private:
     void checkVersions(const QJsonObject &patcherJson);
     void checkAgain();
+    void watchNetwork();
     void takeLoginReply(const QJsonObject &reply);
     void loginSucceeded(const QJsonObject &reply);
     void offerStoredCredentials();
     void hideWhileGameRuns();
     void returnFromGame();
-    [[nodiscard]] QString gameExecutable() const;
-    [[nodiscard]] QString launchScript() const;
+    void runGame(const QString &executable);
+    [[nodiscard]] std::variant<QString, GameFolder::Refusal> gameExecutable() const;
     void makeExecutable(const QString &gameExecutable) const;
 
     LauncherView &m_launcherView;
     const ControllerServices m_services;
     const std::unique_ptr<VARNOPostHelper> m_postHelper;
     std::atomic<bool> m_hasReturnedFromGame = false;
+    std::unique_ptr<Reachability> m_hostReachability; // null where the system has no source
+    int m_previousInternetStatus = 0;
+    std::optional<int> m_reachabilityObserver;
 
     std::mutex m_checkMutex;    // one check at a time; taken before m_mutex
     mutable std::mutex m_mutex; // guards everything below

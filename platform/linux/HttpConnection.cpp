@@ -14,17 +14,22 @@ QThreadStorage<std::shared_ptr<QNetworkAccessManager>> managers;
 
 QNetworkAccessManager &managerOfThisThread()
 {
-    if (!managers.hasLocalData())
-        managers.setLocalData(std::make_shared<QNetworkAccessManager>());
-    return *managers.localData();
+    auto &manager = managers.localData();
+    if (!manager)
+        manager = std::make_shared<QNetworkAccessManager>();
+    return *manager;
 }
 
 bool isRedirect(int status) { return status >= 300 && status < 400 && status != 304; }
 
 // Qt counts statuses of 400 and more as errors; here they are answers like any other.
-bool isOnlyTheStatus(QNetworkReply::NetworkError error)
+bool isOnlyTheStatus(QNetworkReply::NetworkError error, int status)
 {
-    return (error >= QNetworkReply::ContentAccessDenied &&
+    if (status < 400)
+        return false;
+    return error == QNetworkReply::ProtocolInvalidOperationError || // of 400 and 418
+           error == QNetworkReply::ProxyAuthenticationRequiredError ||
+           (error >= QNetworkReply::ContentAccessDenied &&
             error <= QNetworkReply::UnknownContentError) ||
            (error >= QNetworkReply::InternalServerError &&
             error <= QNetworkReply::UnknownServerError);
@@ -52,7 +57,7 @@ QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslCon
 void QtHttpConnection::closeIdleConnectionsOfThisThread()
 {
     if (managers.hasLocalData())
-        managers.setLocalData(nullptr);
+        managers.localData().reset();
 }
 
 QtHttpConnection::QtHttpConnection(const HttpRequest &request,
@@ -116,6 +121,7 @@ void QtHttpConnection::takeResponse()
     if (m_isPaused || m_hasResponse || status == 0 || isRedirect(status))
         return;
     m_hasResponse = true;
+    m_status = status;
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
     const bool isEncoded = m_reply->hasRawHeader(QByteArrayLiteral("Content-Encoding"));
     m_expectedLength = length.isValid() && !isEncoded ? length.toLongLong() : -1;
@@ -149,7 +155,7 @@ void QtHttpConnection::takeEnd()
     const QNetworkReply::NetworkError error = m_reply->error();
     if (m_hasTimedOut)
         fail({QStringLiteral("The request timed out."), int(error)});
-    else if (error != QNetworkReply::NoError && !isOnlyTheStatus(error))
+    else if (error != QNetworkReply::NoError && !isOnlyTheStatus(error, m_status))
         fail({m_reply->errorString(), int(error)});
     else if (!m_hasResponse || !isWholeBody())
         fail({QStringLiteral("The network connection was lost."),

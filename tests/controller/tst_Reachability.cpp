@@ -1,64 +1,9 @@
+#include "FakeReachability.h"
 #include "TestMain.h"
 #include "controller/Reachability.h"
 #include "platform/NotificationCenter.h"
 
 #include <QTest>
-
-namespace {
-
-// A source whose flags and abilities the test sets.
-struct FakeNetwork
-{
-    std::optional<ReachabilitySource::Flags> flags = ReachabilitySource::Reachable;
-    bool canSetCallback = true;
-    bool canSchedule = true;
-    bool isScheduled = false;
-    std::function<void()> callback;
-};
-
-class FakeSource final : public ReachabilitySource
-{
-public:
-    explicit FakeSource(FakeNetwork &network) : m_network(network) {}
-
-    std::optional<Flags> flags() const override { return m_network.flags; }
-    bool setCallback(std::function<void()> callback) override
-    {
-        m_network.callback = std::move(callback);
-        return m_network.canSetCallback;
-    }
-    bool schedule() override { return m_network.isScheduled = m_network.canSchedule; }
-    void unschedule() override { m_network.isScheduled = false; }
-
-private:
-    FakeNetwork &m_network;
-};
-
-class FakeService final : public ReachabilityService
-{
-public:
-    std::unique_ptr<ReachabilitySource> sourceForName(const QString &name) override
-    {
-        return make(QStringLiteral("name ") + name);
-    }
-    std::unique_ptr<ReachabilitySource> sourceForAddress(const QString &address) override
-    {
-        return make(QStringLiteral("address ") + address);
-    }
-
-    FakeNetwork network;
-    QString asked;
-    bool canMake = true;
-
-private:
-    std::unique_ptr<ReachabilitySource> make(const QString &target)
-    {
-        asked = target;
-        return canMake ? std::make_unique<FakeSource>(network) : nullptr;
-    }
-};
-
-} // namespace
 
 class TestReachability : public QObject
 {
@@ -96,16 +41,16 @@ void TestReachability::mapsFlagsToAStatus()
 {
     QFETCH(unsigned, flags);
     QFETCH(int, status);
-    FakeService service;
-    service.network.flags = flags;
+    FakeReachability service;
+    service.flags = flags;
     const auto reachability = Reachability::reachabilityForInternetConnection(service);
     QCOMPARE(int(reachability->currentReachabilityStatus()), status);
 }
 
 void TestReachability::isNotReachableWhenTheFlagsCannotBeRead()
 {
-    FakeService service;
-    service.network.flags.reset();
+    FakeReachability service;
+    service.flags.reset();
     const auto reachability = Reachability::reachabilityForInternetConnection(service);
     QCOMPARE(reachability->currentReachabilityStatus(), NotReachable);
     QVERIFY(!reachability->connectionRequired());
@@ -113,16 +58,16 @@ void TestReachability::isNotReachableWhenTheFlagsCannotBeRead()
 
 void TestReachability::tellsWhetherAConnectionIsRequired()
 {
-    FakeService service;
+    FakeReachability service;
     const auto reachability = Reachability::reachabilityForInternetConnection(service);
     QVERIFY(!reachability->connectionRequired());
-    service.network.flags = 0x4;
+    service.flags = 0x4;
     QVERIFY(reachability->connectionRequired());
 }
 
 void TestReachability::asksTheServiceForItsTarget()
 {
-    FakeService service;
+    FakeReachability service;
     Reachability::reachabilityWithHostName(service, QStringLiteral("https://x/login/"));
     QCOMPARE(service.asked, QStringLiteral("name https://x/login/"));
     Reachability::reachabilityForInternetConnection(service);
@@ -131,8 +76,8 @@ void TestReachability::asksTheServiceForItsTarget()
 
 void TestReachability::isNullWhenTheServiceHasNoSource()
 {
-    FakeService service;
-    service.canMake = false;
+    FakeReachability service;
+    service.canMakeSource = false;
     QVERIFY(!Reachability::reachabilityWithHostName(service, QStringLiteral("x")));
     QVERIFY(!Reachability::reachabilityForInternetConnection(service));
 }
@@ -150,37 +95,37 @@ void TestReachability::startsOnlyWhenBothStepsSucceed()
 {
     QFETCH(bool, canSetCallback);
     QFETCH(bool, canSchedule);
-    FakeService service;
-    service.network.canSetCallback = canSetCallback;
-    service.network.canSchedule = canSchedule;
+    FakeReachability service;
+    service.canSetCallback = canSetCallback;
+    service.canSchedule = canSchedule;
     const auto reachability = Reachability::reachabilityForInternetConnection(service);
     QCOMPARE(reachability->startNotifier(), canSetCallback && canSchedule);
 }
 
 void TestReachability::postsItselfAfterEachChange()
 {
-    FakeService service;
+    FakeReachability service;
     const auto reachability = Reachability::reachabilityForInternetConnection(service);
     QList<const void *> heard;
     auto &center = NotificationCenter::defaultCenter();
     const auto token = center.addObserver(QStringLiteral("kNetworkReachabilityChangedNotification"),
                                           [&heard](const void *object) { heard += object; });
     QVERIFY(reachability->startNotifier());
-    service.network.callback();
-    service.network.callback();
+    service.callback();
+    service.callback();
     center.removeObserver(token);
-    service.network.callback();
+    service.callback();
     QCOMPARE(heard, QList<const void *>(2, reachability.get()));
 }
 
 void TestReachability::stopsWhenDestroyed()
 {
-    FakeService service;
+    FakeReachability service;
     auto reachability = Reachability::reachabilityForInternetConnection(service);
     QVERIFY(reachability->startNotifier());
-    QVERIFY(service.network.isScheduled);
+    QVERIFY(service.isScheduled);
     reachability.reset();
-    QVERIFY(!service.network.isScheduled);
+    QVERIFY(!service.isScheduled);
 }
 
 QUELLMOOR_TEST(TestReachability, "Reachability")
