@@ -43,6 +43,7 @@ private:
     std::shared_ptr<QtHttpConnection> m_self; // from start() to the last message
     QNetworkReply *m_reply = nullptr;         // owned by its manager until deleteLater()
     QTimer m_idleTimer;
+    int m_status = 0;
     qint64 m_expectedLength = -1;
     qint64 m_receivedLength = 0;
     bool m_hasResponse = false;
