@@ -1,5 +1,6 @@
 #include "FakeAlertPresenter.h"
 #include "FakeBiometricContext.h"
+#include "FatalCheck.h"
 #include "LogCapture.h"
 #include "TestMain.h"
 #include "account/KeychainItem.h"
@@ -7,8 +8,9 @@
 
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 #include <QTranslator>
+
+#include <thread>
 
 class TestLocalAuthenticationHandler : public QObject
 {
@@ -38,6 +40,7 @@ private slots:
     void resetsAtTheNextTurnOfTheMainLoop();
     void offersAgainAfterAReset();
     void sharesTheInstalledHandler();
+    void stopsWhenNoHandlerIsInstalled();
     void writesADebugTextAsItIs();
 };
 
@@ -84,27 +87,25 @@ struct Fixture
 struct Answer
 {
     int calls = 0;
-    QThread *thread = nullptr;
+    std::thread::id thread;
     QString text;
 
     LocalAuthenticationHandler::Completion completion()
     {
         return [this](const QString &username, const QString &password) {
             ++calls;
-            thread = QThread::currentThread();
+            thread = std::this_thread::get_id();
             text = username + QLatin1Char('/') + password;
         };
     }
 };
 
-// The thread that replied has ended when this returns; its address is only to be compared.
-QThread *replyOnWorker(const FakeBiometricContext &context, bool isOwner)
+std::thread::id replyOnWorker(const FakeBiometricContext &context, bool isOwner)
 {
-    const std::unique_ptr<QThread> worker(
-        QThread::create([&context, isOwner] { context.replies.back()(isOwner); }));
-    worker->start();
-    worker->wait();
-    return worker.get();
+    std::thread worker([&context, isOwner] { context.replies.back()(isOwner); });
+    const std::thread::id identifier = worker.get_id();
+    worker.join();
+    return identifier;
 }
 
 class Shouting final : public QTranslator
@@ -290,7 +291,7 @@ void TestLocalAuthenticationHandler::givesTwoEmptyTextsAtOnceWhereFingersCannotB
     fixture.handler.loadCredentials(answer.completion());
     QCOMPARE(answer.calls, 1);
     QCOMPARE(answer.text, QStringLiteral("/"));
-    QCOMPARE(answer.thread, QThread::currentThread());
+    QVERIFY(answer.thread == std::this_thread::get_id());
     QCOMPARE(fixture.context.reasons, QStringList());
 }
 
@@ -318,7 +319,7 @@ void TestLocalAuthenticationHandler::givesEmptyTextsOnTheAnsweringThread()
     const LogCapture log;
     fixture.handler.loadCredentials(answer.completion());
     QCOMPARE(answer.calls, 0);
-    const QThread *const worker = replyOnWorker(fixture.context, isOwner);
+    const std::thread::id worker = replyOnWorker(fixture.context, isOwner);
     QCOMPARE(answer.calls, 1);
     QCOMPARE(answer.text, QStringLiteral("/"));
     QVERIFY(answer.thread == worker);
@@ -336,7 +337,7 @@ void TestLocalAuthenticationHandler::givesTheStoredAccountOnTheMainThread()
     QCOMPARE(answer.calls, 0);
     QTRY_COMPARE(answer.calls, 1);
     QCOMPARE(answer.text, QString(Name + QLatin1Char('/') + Password));
-    QCOMPARE(answer.thread, qApp->thread());
+    QVERIFY(answer.thread == std::this_thread::get_id());
 }
 
 void TestLocalAuthenticationHandler::asksForAFingerWithTheReason()
@@ -411,6 +412,17 @@ void TestLocalAuthenticationHandler::sharesTheInstalledHandler()
     LocalAuthenticationHandler::shared().setTouchID(true);
     QVERIFY(fixture.handler.isTouchIDEnabled());
     LocalAuthenticationHandler::install(nullptr);
+}
+
+void TestLocalAuthenticationHandler::stopsWhenNoHandlerIsInstalled()
+{
+    if (FatalCheck::isChild()) {
+        LocalAuthenticationHandler::shared().setTouchID(true);
+        return;
+    }
+    const auto outcome = FatalCheck::runChild("LocalAuthenticationHandler");
+    QVERIFY(outcome.hasCrashed);
+    QVERIFY(outcome.output.contains("No LocalAuthenticationHandler is installed."));
 }
 
 void TestLocalAuthenticationHandler::writesADebugTextAsItIs()
