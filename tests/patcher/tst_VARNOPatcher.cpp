@@ -336,8 +336,10 @@ void TestVARNOPatcher::skipsTenThousandFilesOnASmallStack()
     const std::unique_ptr<QThread> thread(QThread::create([&engine] { engine.patcher->start(); }));
     thread->setStackSize(256 * 1024);
     thread->start();
-    QVERIFY(thread->wait(TestEngine::Limit));
-    QCOMPARE(std::pair(output.text(), engine.delegate->lines()),
+    const bool isOver = thread->wait(TestEngine::Limit);
+    const QByteArray printed = output.text();
+    QVERIFY(isOver);
+    QCOMPARE(std::pair(printed, engine.delegate->lines()),
              std::pair("Connection failed.\n"_ba.repeated(10000),
                        QStringList(u"written 0/10000 file9999"_s)));
 }

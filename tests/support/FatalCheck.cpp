@@ -1,15 +1,42 @@
 #include "FatalCheck.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QProcess>
 #include <QTest>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr auto ChildVariable = "QUELLMOOR_FATAL_CHILD";
 constexpr int ChildLimit = 60000;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool IsSanitized = true;
+#elif defined(__has_feature)
+constexpr bool IsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool IsSanitized = false;
+#endif
+
+// A sanitizer's own allocator ignores the system's limit and ends the process by default.
+void limitSanitizer(QProcessEnvironment &environment, const QString &variable)
+{
+    environment.insert(variable,
+                       environment.value(variable) +
+                           QStringLiteral(":allocator_may_return_null=1:max_allocation_size_mb=%1")
+                               .arg(FatalCheck::MostAtOnce / 1024 / 1024));
+}
+
+qint64 addressSpaceInUse()
+{
+    QFile sizes(QStringLiteral("/proc/self/statm"));
+    if (!sizes.open(QIODevice::ReadOnly))
+        qFatal("the size of the process is unknown");
+    return sizes.readAll().split(' ').first().toLongLong() * sysconf(_SC_PAGESIZE);
+}
 
 } // namespace
 
@@ -23,6 +50,8 @@ FatalCheck::Outcome FatalCheck::runChild(const char *className)
     QProcess child;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QString::fromLatin1(ChildVariable), QStringLiteral("1"));
+    limitSanitizer(environment, QStringLiteral("ASAN_OPTIONS"));
+    limitSanitizer(environment, QStringLiteral("TSAN_OPTIONS"));
     child.setProcessEnvironment(environment);
     child.setChildProcessModifier([] {
         const rlimit none{0, 0};
@@ -34,4 +63,13 @@ FatalCheck::Outcome FatalCheck::runChild(const char *className)
     if (!child.waitForFinished(ChildLimit))
         qFatal("the child does not end");
     return {child.exitStatus() == QProcess::CrashExit, child.readAllStandardOutput()};
+}
+
+void FatalCheck::limitMemory(qint64 bytes)
+{
+    if (IsSanitized)
+        return;
+    const auto all = rlim_t(addressSpaceInUse() + bytes);
+    const rlimit limit{all, all};
+    setrlimit(RLIMIT_AS, &limit);
 }
