@@ -155,6 +155,7 @@ void LauncherView::hideLoginForm(bool hide)
 
 void LauncherView::applyLoginFormHidden(bool hide)
 {
+    const QPointer<QWidget> focused = window()->focusWidget();
     m_patcherProgressBar->setHidden(!hide);
     m_progressFrameView->setHidden(!hide);
     m_passwordField->setHidden(hide);
@@ -165,6 +166,9 @@ void LauncherView::applyLoginFormHidden(bool hide)
     m_createAccountButton->setHidden(hide);
     m_accountIDField->resignFirstResponder();
     m_passwordField->resignFirstResponder();
+    // The keyboard of a control that was hidden would go to the next link, which nobody asked for.
+    if (focused && !focused->isVisibleTo(this) && window()->focusWidget())
+        window()->focusWidget()->clearFocus();
 }
 
 void LauncherView::prepareForLogin()

@@ -21,6 +21,11 @@ public:
 std::unique_ptr<NewsPage> makeTextNewsPage(QWidget *parent, const QString &extraCertificateFile,
                                            NewsView::Policy policy);
 
+// Makes the window of that widget, which must not be shown yet, fit for the page on Qt WebEngine.
+// Otherwise the desktop would have to make the window anew, in front of the player, once there is
+// such a page in it.
+void prepareForWebNewsPage(QWidget *widget);
+
 // On Qt WebEngine, in processes of its own; only in builds with it.
 std::unique_ptr<NewsPage> makeWebNewsPage(QWidget *parent, const QString &extraCertificateFile,
                                           NewsView::Policy policy);

@@ -33,6 +33,9 @@ private:
 
 NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(defaultFactory())
 {
+#ifdef QUELLMOOR_WITH_WEBENGINE
+    prepareForWebNewsPage(this);
+#endif
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);
 }

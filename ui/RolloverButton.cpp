@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr int CaptionHeight = 20;
+
 // The picture of the same button held down, if there is one.
 Picture pressedPicture(const Picture &normal)
 {
@@ -127,22 +129,23 @@ void RolloverButton::paintCaption(QPainter &painter) const
     if (m_captionStyle == NoCaption || text().isEmpty())
         return;
     const QFont font = captionFont(m_captionStyle);
+    const QFontMetricsF metrics(font);
     QRectF area = rect();
-    // Letter spacing follows the last letter, too.
-    area.adjust(font.letterSpacing(), 0, 0, 0);
     if (m_captionStyle == BelowPicture)
-        area.setTop(area.bottom() - 20);
-    if (looksPressed())
-        area.translate(0, 1);
+        area.setTop(area.bottom() - CaptionHeight);
+    // The middle of the capitals is what the eye takes for the middle of the text. Letter spacing
+    // follows the last letter, too.
+    const double width = metrics.horizontalAdvance(text()) - font.letterSpacing();
+    const QPointF start(area.center().x() - width / 2,
+                        area.center().y() + metrics.capHeight() / 2 + (looksPressed() ? 1 : 0));
 
     painter.setFont(font);
-    const int alignment = Qt::AlignCenter | Qt::TextSingleLine;
     if (m_captionStyle == Plate && m_isRolloverEnabled) {
         painter.setPen(QColor(255, 240, 205, 120));
-        painter.drawText(area.translated(0, 1), alignment, text());
+        painter.drawText(start + QPointF(0, 1), text());
     }
     painter.setPen(captionColor());
-    painter.drawText(area, alignment, text());
+    painter.drawText(start, text());
 }
 
 void RolloverButton::paintFocus(QPainter &painter) const

@@ -33,9 +33,16 @@ QStringList broken(const QString &text, const QFont &font, int width, bool wraps
 TextLabel::TextLabel(QWidget *parent) : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
-    setFont(Typography::text(13));
+    setStyle(Message);
+}
+
+void TextLabel::setStyle(Style style)
+{
+    m_style = style;
+    setFont(style == Message ? Typography::text(15) : Typography::text(12));
     QPalette colors = palette();
-    colors.setColor(QPalette::WindowText, QColor::fromRgb(Palette::Text));
+    colors.setColor(QPalette::WindowText,
+                    QColor::fromRgb(style == Message ? Palette::Text : Palette::Mist));
     setPalette(colors);
 }
 
@@ -74,18 +81,29 @@ void TextLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setFont(font());
+    // A dark rim, because the text stands on a picture.
+    painter.setPen(QColor(5, 9, 10, 150));
+    for (const QPoint offset : {QPoint(0, 1), QPoint(1, 0), QPoint(-1, 0), QPoint(0, -1)})
+        paintLines(painter, rect().translated(offset));
     painter.setPen(palette().color(QPalette::WindowText));
-    const QFontMetrics metrics(font());
+    paintLines(painter, rect());
+}
+
+void TextLabel::paintLines(QPainter &painter, const QRect &area) const
+{
+    const int lineHeight = QFontMetrics(font()).lineSpacing();
     const QStringList lines = shownLines();
-    const int textHeight = int(lines.size()) * metrics.lineSpacing();
-    int y = (alignment() & Qt::AlignVCenter) ? (height() - textHeight) / 2 : 0;
+    const int rest = height() - int(lines.size()) * lineHeight;
+    int y = area.y();
     if (alignment() & Qt::AlignBottom)
-        y = height() - textHeight;
+        y += rest;
+    else if (alignment() & Qt::AlignVCenter)
+        y += rest / 2;
     const Qt::Alignment horizontal = alignment() & Qt::AlignHorizontal_Mask;
     for (const QString &line : lines) {
-        painter.drawText(QRect(0, y, width(), metrics.lineSpacing()),
+        painter.drawText(QRect(area.x(), y, area.width(), lineHeight),
                          int(horizontal | Qt::AlignVCenter | Qt::TextSingleLine), line);
-        y += metrics.lineSpacing();
+        y += lineHeight;
     }
 }
 

@@ -10,10 +10,20 @@ class TextFieldDelegate;
 class TextLabel : public QLabel
 {
     Q_OBJECT
+    Q_PROPERTY(Style style READ style WRITE setStyle)
     Q_PROPERTY(bool announcesChanges READ announcesChanges WRITE setAnnouncesChanges)
 
 public:
+    enum Style {
+        Message, // what the player has to read
+        Note     // what is good to know
+    };
+    Q_ENUM(Style)
+
     explicit TextLabel(QWidget *parent = nullptr);
+
+    void setStyle(Style style);
+    [[nodiscard]] Style style() const { return m_style; }
 
     void setStringValue(const QString &text);
     [[nodiscard]] QString stringValue() const { return text(); }
@@ -44,8 +54,10 @@ protected:
 
 private:
     void announce();
+    void paintLines(QPainter &painter, const QRect &area) const;
 
     TextFieldDelegate *m_delegate = nullptr;
+    Style m_style = Message;
     bool m_isScrollable = true;
     bool m_announcesChanges = false;
 };

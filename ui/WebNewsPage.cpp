@@ -4,6 +4,7 @@
 #include "ui/Typography.h"
 
 #include <QLocale>
+#include <QOpenGLWidget>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslError>
@@ -151,6 +152,15 @@ private:
 };
 
 } // namespace
+
+void prepareForWebNewsPage(QWidget *widget)
+{
+    // A window is made for the graphics interface that its children need at that time; this child
+    // needs what the page will need, and is never shown.
+    auto *child = new QOpenGLWidget(widget);
+    child->setFixedSize(0, 0);
+    child->hide();
+}
 
 std::unique_ptr<NewsPage> makeWebNewsPage(QWidget *parent, const QString &extraCertificateFile,
                                           NewsView::Policy policy)
