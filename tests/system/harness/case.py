@@ -13,7 +13,7 @@ from . import games, isolation, settings, snapshot
 from .hosts import Hosts
 from .player import WITHOUT_ROOTS_POWERS, Outcome, Player
 
-__all__ = ["WITHOUT_ROOTS_POWERS", "SystemTest", "main"]
+__all__ = ["WITHOUT_ROOTS_POWERS", "Outcome", "Player", "SystemTest", "main"]
 
 VALID, INVALID, NO_MANIFEST, ANOTHER_LAUNCHER, MISTAKE = 0, 1, 2, 3, 64
 

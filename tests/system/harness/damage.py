@@ -55,7 +55,7 @@ def link_to_nothing(path: Path, outside: Path, _chance: random.Random) -> None:
     path.symlink_to(outside / f"nothing for {path.name}")
 
 
-def link_to_a_neighbour(path: Path, _outside: Path, _chance: random.Random) -> None:
+def link_to_a_folder(path: Path, _outside: Path, _chance: random.Random) -> None:
     path.unlink()
     path.symlink_to("..")
 
@@ -74,4 +74,4 @@ def pipe(path: Path, _outside: Path, _chance: random.Random) -> None:
 
 ALL: tuple[Damage, ...] = (
     delete, truncate, empty, append, flip_a_byte, link_to_its_own_copy, link_to_another_file,
-    link_to_nothing, link_to_a_neighbour, hard_link_to_another_file, pipe)
+    link_to_nothing, link_to_a_folder, hard_link_to_another_file, pipe)

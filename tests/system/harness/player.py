@@ -8,7 +8,7 @@ import subprocess
 import time
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Iterable, Mapping, Optional, Sequence
+from typing import Sequence
 
 from . import isolation, settings
 
@@ -89,17 +89,3 @@ class Player:
             return dict(connection.execute("SELECT key, value FROM defaults"))
         finally:
             connection.close()
-
-
-def write_files(folder: Path, files: Mapping[str, bytes]) -> None:
-    for name, content in files.items():
-        path = folder / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(content)
-
-
-def first_file(folder: Path, but: Optional[Iterable[str]] = None) -> Path:
-    """Some file of the folder that holds bytes."""
-    left_out = set(but or ())
-    return next(path for path in sorted(folder.rglob("*"))
-                if path.is_file() and path.stat().st_size > 1000 and path.name not in left_out)

@@ -53,7 +53,8 @@ def count_below(calls: list[Call], folder: Path, names: tuple[str, ...]) -> Coun
 
 def killed_at(calls: str, number: int) -> tuple[str, ...]:
     """Runs the launcher so that it dies on entering that one of a thread's calls."""
-    return (*STRACE, "-o", "/dev/null", "-e", f"trace={calls}", f"inject={calls}:signal=SIGKILL:when={number}", "--")
+    return (*STRACE, "-o", "/dev/null", "-e", f"trace={calls}",
+            "-e", f"inject={calls}:signal=SIGKILL:when={number}", "--")
 
 
 def _parsed(log: Path) -> Iterator[Call]:
