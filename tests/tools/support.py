@@ -112,11 +112,19 @@ class Client:
         try:
             block = self.socket.recv(1 << 16)
         except ssl.SSLEOFError:
-            return "torn"
+            return "torn" if self._is_connected() else "reset"
         except ConnectionResetError:
             return "reset"
         self._buffer += block
         return "kept" if block else "closed"
+
+    def _is_connected(self) -> bool:
+        # Some versions of ssl report a reset as an end without the closing message.
+        try:
+            self.socket.getpeername()
+        except OSError:
+            return False
+        return True
 
 
 def _parse_head(reply: Reply, head: str) -> None:

@@ -15,7 +15,7 @@ from typing import Any, Iterator, Optional, Sequence
 from .contents import Contents
 from .layout import EXECUTABLE, LEAST_FILES, MEGABYTE, layout
 
-FORMAT = 1
+FORMAT = 2
 SEED = 20261121
 # Fixed, so that the folder is the same on every machine down to its dates.
 MADE_AT = 1_790_000_000

@@ -21,7 +21,7 @@ AWKWARD = (
     "data/maps/Cotter's Well/spring #3.bin",
     "data/maps/Cotter's Well/100% mist.bin",
     "data/maps/Heath & Moor/a+b=c.bin",
-    "data/maps/Über den Mooren/Königsstein.bin",
+    "data/maps/Über den Mooren/Königsmühle.bin",
     "data/maps/Łąka/źródło.bin",
     "data/maps/水の原/泉.bin",
     "data/maps/cafe\u0301/combining.bin",

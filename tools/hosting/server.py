@@ -36,6 +36,8 @@ class Connection(BaseHTTPRequestHandler):
     """One client connection and its requests, one after the other."""
 
     protocol_version = "HTTP/1.1"
+    # So that the answer to a broken request line has a status line.
+    default_request_version = "HTTP/1.0"
     timeout = IDLE_SECONDS
     disable_nagle_algorithm = True
 

@@ -4,10 +4,14 @@ from __future__ import annotations
 
 import argparse
 import os
+import signal
 import sys
-from typing import Optional, Sequence
+import threading
+from contextlib import contextmanager
+from typing import Iterator, Optional, Sequence
 
 from .folder import Refused
+from .packing import Stopped
 from .run import Options, Summary, publish
 
 MEGABYTE = 1048576
@@ -30,14 +34,15 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
     options = _parse(arguments)
     terminal = sys.stderr.isatty()
     try:
-        summary = publish(options, _shown_progress if terminal else _no_progress)
+        with _stopped_by_signals() as stop:
+            summary = publish(options, _shown_progress if terminal else _no_progress, stop)
     except Refused as refusal:
         _complain(refusal.problems)
         return 1
     except OSError as error:
         _complain([str(error)])
         return 3
-    except KeyboardInterrupt:
+    except Stopped:
         _complain(["stopped; the published files are as they were"])
         return 130
     finally:
@@ -45,6 +50,19 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
             print(end="\r\033[K", file=sys.stderr)
     _report(summary)
     return 0
+
+
+@contextmanager
+def _stopped_by_signals() -> Iterator[threading.Event]:
+    """Signals ask for an end instead of tearing one thread out of the work."""
+    stop = threading.Event()
+    wanted = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    before = {number: signal.signal(number, lambda *_: stop.set()) for number in wanted}
+    try:
+        yield stop
+    finally:
+        for number, handler in before.items():
+            signal.signal(number, handler)
 
 
 def _parse(arguments: Optional[Sequence[str]]) -> Options:

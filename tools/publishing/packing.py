@@ -6,7 +6,7 @@ import bz2
 import hashlib
 import os
 import threading
-from concurrent.futures import FIRST_EXCEPTION, Future, ThreadPoolExecutor, wait
+from concurrent.futures import FIRST_EXCEPTION, ThreadPoolExecutor, wait
 from dataclasses import dataclass
 from pathlib import Path
 from typing import BinaryIO, Callable, Iterator, Optional
@@ -40,34 +40,36 @@ class Outcome:
 
 
 class Packer:
-    """Runs jobs on threads: compression holds no interpreter lock."""
+    """Runs jobs on threads: compression holds no interpreter lock.
 
-    def __init__(self, threads: int, done: Callable[[int], None]) -> None:
+    Whoever sets `stop` ends the run soon; it is set as well when a job fails.
+    """
+
+    def __init__(self, threads: int, done: Callable[[int], None],
+                 stop: threading.Event) -> None:
         self._threads = threads
         self._done = done
-        self._stop = threading.Event()
+        self._stop = stop
 
     def run(self, jobs: list[Job]) -> list[Outcome]:
-        """All outcomes, or the first failure once every thread has ended."""
+        """All outcomes; raises Stopped or the first failure once every thread has ended."""
         # The largest first, so that no thread is left alone with it at the end.
         ordered = sorted(jobs, key=lambda job: -job.file.size)
         with ThreadPoolExecutor(self._threads) as pool:
             futures = [pool.submit(self._one, job) for job in ordered]
-            try:
-                self._await(futures)
-            finally:
+            finished, _ = wait(futures, return_when=FIRST_EXCEPTION)
+            failures = [future.exception() for future in finished if future.exception()]
+            if failures:
                 self._stop.set()
                 pool.shutdown(cancel_futures=True)
+        for failure in sorted(failures, key=lambda error: isinstance(error, Stopped)):
+            assert failure is not None
+            raise failure
         return [future.result() for future in futures]
 
-    def _await(self, futures: list[Future[Outcome]]) -> None:
-        finished, _ = wait(futures, return_when=FIRST_EXCEPTION)
-        failures = [future.exception() for future in finished]
-        for failure in failures:
-            if failure is not None and not isinstance(failure, Stopped):
-                raise failure
-
     def _one(self, job: Job) -> Outcome:
+        if self._stop.is_set():
+            raise Stopped
         outcome = self._unchanged(job) or self._pack(job)
         self._done(job.file.size)
         return outcome

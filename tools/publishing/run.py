@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import fcntl
 import os
-import signal
 import threading
 import time
 from contextlib import contextmanager
@@ -44,18 +43,19 @@ class Summary:
     notes: list[str] = field(default_factory=list)
 
 
-def publish(options: Options, progress: Progress) -> Summary:
+def publish(options: Options, progress: Progress, stop: threading.Event) -> Summary:
     """Makes the tree describe the folder as it is now.
 
-    Raises Refused before the tree is touched, or OSError while only the staging
-    folder differs; once files move, everything still to do is a rename.
+    Raises Refused before the tree is touched, or OSError, or Stopped after `stop` was
+    set. `stop` counts until the first file moves: from there on everything to do is a
+    rename, and half of them would be worse for players than all.
     """
     started = time.monotonic()
     files = _checked(options)
     tree = Tree(options.tree)
     os.makedirs(options.tree, exist_ok=True)
     with _locked(options.tree):
-        summary = _publish_locked(options, tree, files, progress)
+        summary = _publish_locked(options, tree, files, progress, stop)
     summary.seconds = time.monotonic() - started
     return summary
 
@@ -96,12 +96,12 @@ def _locked(path: str) -> Iterator[None]:
 
 
 def _publish_locked(options: Options, tree: Tree, files: list[GameFile],
-                    progress: Progress) -> Summary:
+                    progress: Progress, stop: threading.Event) -> Summary:
     state = tree.load_state()
-    tree.make_stage()
     try:
+        tree.make_stage()
         jobs = _jobs(tree, state, files)
-        outcomes = _packed(jobs, options.threads, progress)
+        outcomes = _packed(jobs, options.threads, progress, stop)
         return _put_in_place(options, tree, state, files, outcomes)
     finally:
         tree.clear_stage()
@@ -123,7 +123,8 @@ def _looks_changed(file: GameFile, known: Record) -> bool:
             != (known.size, known.mtime_ns, known.ctime_ns))
 
 
-def _packed(jobs: list[Job], threads: int, progress: Progress) -> list[Outcome]:
+def _packed(jobs: list[Job], threads: int, progress: Progress,
+            stop: threading.Event) -> list[Outcome]:
     total = sum(job.file.size for job in jobs)
     lock = threading.Lock()
     so_far = 0
@@ -134,7 +135,7 @@ def _packed(jobs: list[Job], threads: int, progress: Progress) -> list[Outcome]:
             so_far += size
             progress(so_far, total)
 
-    return Packer(threads, done).run(jobs)
+    return Packer(threads, done, stop).run(jobs)
 
 
 def _put_in_place(options: Options, tree: Tree, state: State, files: list[GameFile],
@@ -148,16 +149,15 @@ def _put_in_place(options: Options, tree: Tree, state: State, files: list[GameFi
                         {key: record.sha256 for key, record in records.items()}, patches)
     stale = state.placed - keys
     moving = [outcome for outcome in outcomes if outcome.staged]
-    with _not_interrupted():
-        _announce(tree, state, moving)
-        _move(tree, [outcome for outcome in moving if outcome.key not in state.placed])
-        # From here to the new manifest an old one is out with some new files behind
-        # it; their addresses are fixed, so all that can be done is to be quick.
-        _move(tree, [outcome for outcome in moving if outcome.key in state.placed])
-        tree.replace(tree.manifest, document)
-        for key in sorted(stale):
-            tree.remove(key)
-        tree.save_state(State(records, keys))
+    _announce(tree, state, moving)
+    _move(tree, [outcome for outcome in moving if outcome.key not in state.placed])
+    # From here to the new manifest an old one is out with some new files behind
+    # it; their addresses are fixed, so all that can be done is to be quick.
+    _move(tree, [outcome for outcome in moving if outcome.key in state.placed])
+    tree.replace(tree.manifest, document)
+    for key in sorted(stale):
+        tree.remove(key)
+    tree.save_state(State(records, keys))
     return _summary(files, moving, len(stale), _notes(keys, patches, strange))
 
 
@@ -182,17 +182,6 @@ def _move(tree: Tree, outcomes: list[Outcome]) -> None:
             sync_folder(above)
             if above == tree.root:
                 break
-
-
-@contextmanager
-def _not_interrupted() -> Iterator[None]:
-    """A Ctrl-C in the middle of the renames would only make the bad moment longer."""
-    wanted = {signal.SIGINT, signal.SIGTERM, signal.SIGHUP}
-    before = signal.pthread_sigmask(signal.SIG_BLOCK, wanted)
-    try:
-        yield
-    finally:
-        signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
 def _notes(keys: set[str], patches: dict[str, list[str]], strange: list[str]) -> list[str]:
