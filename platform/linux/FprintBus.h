@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QDBusServiceWatcher;
+
+// A connection of its own to the system bus, and the fingerprint daemon on it. A connection of its
+// own, because closing it makes the daemon free a reader that was claimed over it. Main thread
+// only; nothing in here waits for the bus or for the daemon.
+class FprintBus : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Answer = std::function<void(const QDBusMessage &reply)>;
+
+    FprintBus() = default;
+    // Closes the connection after what was sent.
+    ~FprintBus() override;
+
+    // Connects unless it is connected or about to be. `opened` or `unreachable` follows, later.
+    void open();
+    [[nodiscard]] bool isOpen() const { return m_connection.has_value(); }
+
+    // The others need an open connection.
+
+    // `answer` runs once, later, with the reply or the error, unless `receiver` is gone by then.
+    void call(const QDBusMessage &message, QObject *receiver, Answer answer);
+    // Sends without caring for an answer.
+    void send(const QDBusMessage &message);
+    // Calls the slot verifyStatus(QString,bool) of `receiver` while it lives. Only what `daemon`, a
+    // unique name, sends is listened to: anybody on the bus can send a signal of that name.
+    void listen(const QString &daemon, const QString &device, QObject *receiver);
+
+    // A message to the bus itself.
+    [[nodiscard]] static QDBusMessage busCall(const QString &method);
+    // A message to the daemon, which starts when it does not run.
+    [[nodiscard]] static QDBusMessage managerCall(const QString &method);
+    // A message to one reader of the running daemon with that unique name.
+    [[nodiscard]] static QDBusMessage deviceCall(const QString &daemon, const QString &device,
+                                                 const QString &method,
+                                                 const QVariantList &arguments = {});
+
+    // The path in the reply to GetDefaultDevice; empty when it is an error or holds none.
+    [[nodiscard]] static QString devicePath(const QDBusMessage &reply);
+    // A sentence for the log.
+    [[nodiscard]] static QString explain(const QDBusMessage &error);
+
+    static const QString Service;
+
+signals:
+    void opened();
+    // There is no bus, or it went away.
+    void unreachable();
+    // The daemon came (`before` is empty), went (`now` is empty) or was replaced.
+    void daemonChanged(const QString &before, const QString &now);
+
+private slots:
+    void connectionLost();
+
+private:
+    void take(const QDBusConnection &connection, std::shared_ptr<QDBusServiceWatcher> watcher);
+    void close();
+
+    bool m_isOpening = false;
+    std::optional<QDBusConnection> m_connection;
+    std::shared_ptr<QDBusServiceWatcher> m_watcher;
+};
