@@ -3,6 +3,7 @@
 #include "ui/Typography.h"
 
 #include <QPainter>
+#include <QPainterPath>
 
 namespace {
 
@@ -28,6 +29,29 @@ QFont captionFont(RolloverButton::CaptionStyle style)
     if (style == RolloverButton::BelowPicture)
         return Typography::text(12, QFont::Medium);
     return Typography::text(14);
+}
+
+QPainterPath roundedOutline(const QRectF &bounds)
+{
+    constexpr double radius = 6;
+    QPainterPath path;
+    path.addRoundedRect(bounds, radius, radius);
+    return path;
+}
+
+// A plate runs out to a point on either side.
+QPainterPath plateOutline(const QRectF &bounds)
+{
+    const double point = bounds.height() / 2;
+    QPainterPath path;
+    path.addPolygon(QPolygonF{{bounds.left(), bounds.center().y()},
+                              {bounds.left() + point, bounds.top()},
+                              {bounds.right() - point, bounds.top()},
+                              {bounds.right(), bounds.center().y()},
+                              {bounds.right() - point, bounds.bottom()},
+                              {bounds.left() + point, bounds.bottom()}});
+    path.closeSubpath();
+    return path;
 }
 
 } // namespace
@@ -150,10 +174,10 @@ void RolloverButton::paintCaption(QPainter &painter) const
 
 void RolloverButton::paintFocus(QPainter &painter) const
 {
-    const QRectF ring = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    const QRectF bounds = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    const QPainterPath ring =
+        m_captionStyle == Plate ? plateOutline(bounds) : roundedOutline(bounds);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(QColor::fromRgb(Palette::Peat), 3));
-    painter.drawRoundedRect(ring, 6, 6);
-    painter.setPen(QPen(QColor::fromRgb(Palette::Teal), 1.5));
-    painter.drawRoundedRect(ring, 6, 6);
+    painter.strokePath(ring, QPen(QColor::fromRgb(Palette::Peat), 3));
+    painter.strokePath(ring, QPen(QColor::fromRgb(Palette::Teal), 1.5));
 }

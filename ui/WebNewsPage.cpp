@@ -3,6 +3,7 @@
 #include "app/ErrorHandler.h"
 #include "ui/Typography.h"
 
+#include <QFontInfo>
 #include <QLocale>
 #include <QOpenGLWidget>
 #include <QSslCertificate>
@@ -18,6 +19,8 @@
 
 namespace {
 
+constexpr int FontSize = 16;
+
 // Certificates are checked against the default configuration, so the extra authorities join it.
 QList<QSslCertificate> trustExtraCertificates(const QString &file)
 {
@@ -29,6 +32,14 @@ QList<QSslCertificate> trustExtraCertificates(const QString &file)
         QSslConfiguration::setDefaultConfiguration(configuration);
     }
     return certificates;
+}
+
+void useOurTypefaces(QWebEngineSettings &settings)
+{
+    settings.setFontFamily(QWebEngineSettings::SerifFont,
+                           QFontInfo(Typography::display(FontSize)).family());
+    settings.setFontFamily(QWebEngineSettings::SansSerifFont,
+                           QFontInfo(Typography::text(FontSize)).family());
 }
 
 void restrict(QWebEngineSettings &settings)
@@ -53,6 +64,7 @@ public:
           m_extraCertificates(trustExtraCertificates(extraCertificateFile))
     {
         restrict(*settings());
+        useOurTypefaces(*settings());
         connect(this, &QWebEnginePage::certificateError, this, &Page::decideAboutCertificate);
         connect(this, &QWebEnginePage::newWindowRequested, this,
                 [this](const QWebEngineNewWindowRequest &request) {
