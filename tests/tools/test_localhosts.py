@@ -216,6 +216,8 @@ class Pages(ServingCase):
         news = self.hosts.ask("GET", "account.localhost", "/launcher/").body.decode()
         self.assertIsNone(re.search(r"src=|@import|url\(|<script|<link", news))
         self.assertEqual(news.count("<article"), 3)
+        # A browser paints the canvas of a dark colour scheme, which hides the artwork.
+        self.assertNotIn("color-scheme", news)
 
     def test_unknownPagesAndHosts(self) -> None:
         for host, target in (("www", "/nothing"), ("forum", "/releases/"), ("nobody", "/"),

@@ -8,7 +8,7 @@ import json
 import os
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Any, Sequence
+from typing import Any, Sequence, cast
 
 from cryptography import x509
 from cryptography.hazmat.primitives import hashes, serialization
@@ -130,9 +130,10 @@ def _today() -> datetime.datetime:
 
 
 def _save_key(path: Path, key: ec.EllipticCurvePrivateKey) -> None:
-    _save(path, key.private_bytes(serialization.Encoding.PEM,
-                                  serialization.PrivateFormat.PKCS8,
-                                  serialization.NoEncryption()), 0o600)
+    writable = cast(ec.EllipticCurvePrivateKeyWithSerialization, key)
+    _save(path, writable.private_bytes(serialization.Encoding.PEM,
+                                       serialization.PrivateFormat.PKCS8,
+                                       serialization.NoEncryption()), 0o600)
 
 
 def _save(path: Path, content: bytes, mode: int) -> None:

@@ -57,7 +57,7 @@ class Fault:
         wish = self.get("length")
         if isinstance(wish, str):
             return max(0, size + int(wish))
-        return size if wish is None else wish
+        return size if wish is None else int(wish)
 
     def _content(self, body: Body) -> Body:
         replaced: Optional[Body] = None

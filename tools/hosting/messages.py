@@ -14,7 +14,10 @@ HTML = "text/html; charset=utf-8"
 
 @dataclass(frozen=True)
 class Request:
-    """One request; `target` is the path and query exactly as sent."""
+    """One request.
+
+    `target` is the path and query exactly as sent; header names are in lower case.
+    """
 
     host: str
     method: str

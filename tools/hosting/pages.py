@@ -61,7 +61,7 @@ def _filled(name: str, request: Request, **texts: str) -> str:
 
 def _port(request: Request) -> str:
     """The port that the client used; a forwarded one is not the one bound here."""
-    port = request.headers.get("Host", "").partition(":")[2]
+    port = request.headers.get("host", "").partition(":")[2]
     return f":{port}" if port.isdecimal() else ""
 
 

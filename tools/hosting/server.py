@@ -71,7 +71,8 @@ class Connection(BaseHTTPRequestHandler):
     def _request(self) -> Request:
         host = self.headers.get("Host", "").rpartition("@")[2]
         name = host.partition(":")[0].lower().rstrip(".")
-        return Request(name, self.command, self.path, self.headers, self._body())
+        headers = {field.lower(): value for field, value in self.headers.items()}
+        return Request(name, self.command, self.path, headers, self._body())
 
     def _body(self) -> bytes:
         if "Transfer-Encoding" in self.headers:
