@@ -2,6 +2,7 @@
 
 #include "ui/NewsPage.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 
 namespace {
@@ -10,12 +11,14 @@ using namespace std::chrono_literals;
 
 constexpr auto LongestWaitForFocus = 1s;
 
-NewsView::PageFactory defaultFactory()
+// The web engine draws through the graphics interface. Where there is none, which the application
+// says by this attribute, its window would crash.
+bool canShowWebPages()
 {
 #ifdef QUELLMOOR_WITH_WEBENGINE
-    return makeWebNewsPage;
+    return !QCoreApplication::testAttribute(Qt::AA_ForceRasterWidgets);
 #else
-    return makeTextNewsPage;
+    return false;
 #endif
 }
 
@@ -34,7 +37,8 @@ private:
 NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(defaultFactory())
 {
 #ifdef QUELLMOOR_WITH_WEBENGINE
-    prepareForWebNewsPage(this);
+    if (canShowWebPages())
+        prepareForWebNewsPage(this);
 #endif
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);

@@ -1,5 +1,6 @@
 #include "ControllerWorld.h"
 
+#include "account/VARNOPostHelper.h"
 #include "model/SHA256.h"
 #include "platform/DispatchQueue.h"
 #include "ui/InterfaceLoader.h"
@@ -59,6 +60,9 @@ ControllerWorld::ControllerWorld()
           std::make_unique<LocalAuthenticationHandler>(biometrics, *userDefaults, alerts)),
       window(WindowFrame)
 {
+    // The window would be made ready for a web page, which wants a graphics card.
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
+    biometrics.evaluability.isPossible = false;
     view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
     // The news have tests of their own; here only their requests would be in the way.
     view->findChild<NewsView *>()->setPageFactory(
@@ -76,10 +80,15 @@ ControllerWorld::ControllerWorld()
 
 ControllerWorld::~ControllerWorld()
 {
-    controller->viewWillDisappear();
+    server.release(1000);
     const std::weak_ptr<ViewController> rest = controller;
+    DispatchQueue::drain(MillisecondsToEnd); // a check still under way would make a new engine
+    controller->viewWillDisappear();
     controller.reset();
-    // Blocks on other threads and in the main queue still hold it.
+    alerts.sheets.clear();
+    biometrics.replies.clear();
+    timer.clear();
+    // What is in the main queue and on the network still holds it.
     if (!QTest::qWaitFor([&rest] { return rest.expired(); }, MillisecondsToEnd))
         qFatal("something holds the controller for ever");
 }
@@ -98,7 +107,8 @@ void ControllerWorld::publish(const QMap<QString, QByteArray> &files, const QJso
         entries[file.key()] = QJsonObject{{QStringLiteral("path"), QString()},
                                           {QStringLiteral("hash"), shortHash(file.value())},
                                           {QStringLiteral("patches"), QJsonArray()}};
-        server.route("/mac/" + file.key().toUtf8() + ".bz2",
+        const QString path = QStringLiteral("/mac/%1.bz2").arg(file.key());
+        server.route(VARNOPostHelper::urlEncode(path).toUtf8(),
                      TestReply::whole(compressBzip2(file.value())));
     }
     QJsonObject manifest = others;

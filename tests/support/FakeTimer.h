@@ -36,6 +36,13 @@ public:
             entry.block();
     }
 
+    // Forgets all blocks.
+    void clear()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_blocks.clear();
+    }
+
     [[nodiscard]] bool isWaiting() const
     {
         const std::lock_guard lock(m_mutex);
