@@ -14,6 +14,7 @@ from harness import case, games, snapshot, trace
 RANDOM_KILLS = 30
 DEADLINE = 30
 RENAMES = "?rename,?renameat,?renameat2"
+PART_SUFFIX = ".quellmoor-part"
 SAVES = "?fsync,?fdatasync"
 
 
@@ -94,11 +95,22 @@ class Interruption(case.SystemTest):
         self.assertGreater(killed, RANDOM_KILLS // 3)
 
     def test_a_kill_right_before_a_file_is_put_in_place_tears_nothing(self) -> None:
-        for number in (1, 2, 3):
-            with self.subTest(rename=number):
+        self._kill_at_each(RENAMES)
+
+    def test_a_kill_right_before_a_file_is_written_tears_nothing(self) -> None:
+        self._kill_at_each("write")
+
+    def _kill_at_each(self, calls: str) -> None:
+        """One run for each of a few changed files, ended at the first such call on it."""
+        changed = [name for name in sorted(self.old_files)
+                   if self.new_files.get(name, self.old_files[name]) != self.old_files[name]]
+        for name in changed[::len(changed) // 4]:
+            with self.subTest(name):
                 self._reset()
-                outcome = self.player.update(wrapper=trace.killed_at(RENAMES, number))
-                self.ends(outcome, -signal.SIGKILL)
+                path = self.player.game / name
+                places = [path, path.with_name(f".{path.name}{PART_SUFFIX}")]
+                killed = trace.killed_at(calls, 1, places)
+                self.ends(self.player.update(wrapper=killed), -signal.SIGKILL)
                 self._nothing_is_torn()
                 self._next_update_finishes()
 
@@ -125,7 +137,7 @@ class Interruption(case.SystemTest):
     def test_a_kill_takes_over_what_the_killed_launcher_had_prepared(self) -> None:
         self.ends(self.player.update(wrapper=trace.killed_at(RENAMES, 1)), -signal.SIGKILL)
         extra = set(snapshot.contents(self.player.game)) - set(self.old_files)
-        self.assertTrue([name for name in extra if name.endswith(".quellmoor-part")])
+        self.assertTrue([name for name in extra if name.endswith(PART_SUFFIX)])
         self._next_update_finishes()
 
     def test_ctrl_c_ends_an_update_at_once_and_tears_nothing(self) -> None:

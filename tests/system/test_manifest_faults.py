@@ -190,8 +190,9 @@ class HostileKeys(case.SystemTest):
 
     def test_odd_keys_that_name_a_file_get_exactly_that_file(self) -> None:
         names = ["...", "..a", "a..", " ", " lead", "trail ", "-rf", "~", "$HOME", "a\\..\\b",
-                 "%2e%2e", "%2F", "CON", "\u202etxt", "tab\there", "new\nline", "b\x7f", "ä", "a\u0308",
-                 "n" * 250, "q?x=1", "f#g", "&amp;", "*", "[a]", "a:b", "\U0001f438"]
+                 "%2e%2e", "%2F", "CON", "\u202etxt", "tab\there", "new\nline", "b\x7f",
+                 "ä", "a\u0308", "n" * 250, "q?x=1", "f#g", "&amp;", "*", "[a]", "a:b",
+                 "\U0001f438"]
         self.hosts.fail({"path": "*.bz2*", "fault": {"status": 200, "file": str(self.evil)}},
                         {"path": "/mac/q*", "fault": {"status": 200, "file": str(self.evil)}},
                         {"path": hosts.MANIFEST, "fault": {"body": json.dumps(

@@ -7,7 +7,7 @@ import re
 from collections import Counter
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Iterator
+from typing import Iterable, Iterator
 
 from .player import Outcome, Player
 
@@ -51,9 +51,13 @@ def count_below(calls: list[Call], folder: Path, names: tuple[str, ...]) -> Coun
                    if call.name in names and call.path.startswith(prefix))
 
 
-def killed_at(calls: str, number: int) -> tuple[str, ...]:
-    """Runs the launcher so that it dies on entering that one of a thread's calls."""
-    return (*STRACE, "-o", "/dev/null", "-e", f"trace={calls}",
+def killed_at(calls: str, number: int, paths: Iterable[Path] = ()) -> tuple[str, ...]:
+    """Runs the launcher so that it dies on entering that one of a thread's calls.
+
+    With paths, only the calls on these files count.
+    """
+    only = [word for path in paths for word in ("-P", str(path))]
+    return (*STRACE, *only, "-o", "/dev/null", "-e", f"trace={calls}",
             "-e", f"inject={calls}:signal=SIGKILL:when={number}", "--")
 
 
