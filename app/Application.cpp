@@ -1,15 +1,21 @@
 #include "app/Application.h"
 
+#include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/Configuration.h"
 #include "app/ErrorHandler.h"
 #include "app/SingleInstance.h"
 #include "app/UpdateCommand.h"
+#include "app/WindowApplication.h"
 #include "platform/DispatchQueue.h"
 #include "platform/HttpClient.h"
+#include "platform/SharedApplication.h"
 #include "platform/UserDefaults.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QIcon>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +31,16 @@ void name()
 {
     QCoreApplication::setApplicationName(QStringLiteral("quellmoor-launcher"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUELLMOOR_VERSION));
+}
+
+// Whether windows can have parts that are drawn through OpenGL. Remote and virtual displays often
+// cannot.
+bool hasGraphicsInterface()
+{
+    QOffscreenSurface surface;
+    surface.create();
+    QOpenGLContext context;
+    return context.create() && context.makeCurrent(&surface);
 }
 
 // Threads that still wait, for a server or for the game, must not hold the process; they would find
@@ -61,6 +77,30 @@ int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
         DispatchQueue::main()->async([exitCode] { QCoreApplication::exit(exitCode); });
     });
     return end(QCoreApplication::exec());
+}
+
+int runWithWindow(const CommandLine &, int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // the web engine asks for it
+    QApplication application(argc, argv);
+    name();
+    QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets, !hasGraphicsInterface());
+
+    const Configuration configuration = Configuration::compiledIn();
+    SingleInstance instance(configuration.dataFolder);
+    if (!instance.claim())
+        return 0;
+    const auto sharedApplication = makeSharedApplication();
+    AppDelegate appDelegate(*sharedApplication);
+    WindowApplication window(configuration);
+    instance.setComeForward([&window] { window.comeForward(); });
+    window.start();
+    appDelegate.applicationDidFinishLaunching();
+    const int exitCode = QApplication::exec();
+    window.stop();
+    return end(exitCode);
 }
 
 } // namespace Application

@@ -70,6 +70,8 @@ CommandLine::Action actionOf(const QCommandLineParser &parser)
 CommandLine CommandLine::parse(const QStringList &arguments)
 {
     QCommandLineParser parser;
+    // An option of the toolkit is one word, not a row of letters of which some are ours.
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     parser.addOptions(
         {verifyOption, updateOption, environmentOption, touchBarOption, helpOption, versionOption});
     const bool isUnderstood = parser.parse(arguments);
@@ -88,6 +90,8 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         return mistake(QStringLiteral("--environment goes with --verify or --update."));
     else if (isWithoutWindow && !isUnderstood)
         return mistake(parser.errorText());
+    else if (isWithoutWindow && !parser.positionalArguments().isEmpty())
+        return mistake(QStringLiteral("Unknown word '%1'.").arg(parser.positionalArguments()[0]));
 
     if (parser.isSet(environmentOption))
         result.environment = parser.value(environmentOption);

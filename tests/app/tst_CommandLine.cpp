@@ -31,6 +31,7 @@ void TestCommandLine::understandsItsOptions_data()
     row("", Action::Window);
     row("--touch-bar", Action::Window);
     row("-platform offscreen", Action::Window);
+    row("-stylesheet dark.qss", Action::Window);
     row("--verify", Action::Verify);
     row("--update", Action::Update);
     row("--update --environment qa", Action::Update, QStringLiteral("qa"));
@@ -42,6 +43,7 @@ void TestCommandLine::understandsItsOptions_data()
     row("--environment qa", Action::Mistake);
     row("--update --nonsense", Action::Mistake);
     row("--update --environment", Action::Mistake);
+    row("--update environment qa", Action::Mistake);
 }
 
 void TestCommandLine::understandsItsOptions()

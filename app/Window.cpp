@@ -1,2 +1,0 @@
-#include "app/Application.h"
-int Application::runWithWindow(const CommandLine &, int, char **) { return 1; }
