@@ -6,6 +6,8 @@
 #include <QThreadPool>
 
 #include <array>
+#include <chrono>
+#include <condition_variable>
 #include <deque>
 #include <mutex>
 
@@ -19,31 +21,71 @@ constexpr std::array AllLevels{QualityOfService::High, QualityOfService::Utility
 // Enough for every wait the launcher can have at once (a fetch, a check, a running game).
 constexpr int WaitingThreads = 16;
 
-QThreadPool *makePool(QualityOfService qualityOfService)
+// The threads of one level. Blocks change hands under a mutex of ours: a thread sanitizer sees
+// nothing of what happens inside Qt.
+class Pool
 {
-    auto *pool = new QThreadPool;
-    switch (qualityOfService) {
-    case QualityOfService::High:
-        pool->setMaxThreadCount(WaitingThreads);
-        break;
-    case QualityOfService::Utility:
-        pool->setMaxThreadCount(QThread::idealThreadCount());
-        pool->setThreadPriority(QThread::LowPriority);
-        break;
-    case QualityOfService::Background:
-        pool->setMaxThreadCount(1);
-        pool->setThreadPriority(QThread::LowestPriority);
-        break;
+public:
+    explicit Pool(QualityOfService qualityOfService)
+    {
+        switch (qualityOfService) {
+        case QualityOfService::High:
+            m_threads.setMaxThreadCount(WaitingThreads);
+            break;
+        case QualityOfService::Utility:
+            m_threads.setMaxThreadCount(QThread::idealThreadCount());
+            m_threads.setThreadPriority(QThread::LowPriority);
+            break;
+        case QualityOfService::Background:
+            m_threads.setMaxThreadCount(1);
+            m_threads.setThreadPriority(QThread::LowestPriority);
+            break;
+        }
     }
-    return pool;
-}
+
+    void start(DispatchQueue::Block block)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_blocks.push_back(std::move(block));
+            ++m_unfinished;
+        }
+        m_threads.start([this] { runNext(); });
+    }
+
+    bool waitUntilIdle(std::chrono::milliseconds limit)
+    {
+        std::unique_lock lock(m_mutex);
+        return m_isIdle.wait_for(lock, limit, [this] { return m_unfinished == 0; });
+    }
+
+private:
+    void runNext()
+    {
+        std::unique_lock lock(m_mutex);
+        DispatchQueue::Block block = std::move(m_blocks.front());
+        m_blocks.pop_front();
+        lock.unlock();
+        block();
+        block = nullptr; // what it holds goes before anybody is told that it has ended
+        lock.lock();
+        if (--m_unfinished == 0)
+            m_isIdle.notify_all();
+    }
+
+    QThreadPool m_threads;
+    std::mutex m_mutex; // guards everything below
+    std::condition_variable m_isIdle;
+    std::deque<DispatchQueue::Block> m_blocks;
+    qint64 m_unfinished = 0;
+};
 
 // The pools are never destroyed: their destructor would wait for a game that outlives the launcher.
-QThreadPool &pool(QualityOfService qualityOfService)
+Pool &pool(QualityOfService qualityOfService)
 {
-    static const std::array pools{makePool(QualityOfService::High),
-                                  makePool(QualityOfService::Utility),
-                                  makePool(QualityOfService::Background)};
+    static const std::array pools{new Pool(QualityOfService::High),
+                                  new Pool(QualityOfService::Utility),
+                                  new Pool(QualityOfService::Background)};
     return *pools[size_t(qualityOfService)];
 }
 
@@ -70,7 +112,7 @@ public:
     void async(Block block) override { m_pool.start(std::move(block)); }
 
 private:
-    QThreadPool &m_pool;
+    Pool &m_pool;
 };
 
 // A row of blocks that borrows one thread of the pool while it has work. A thread of its own would
@@ -147,6 +189,6 @@ bool DispatchQueue::drain(int milliseconds)
     const QDeadlineTimer deadline(milliseconds);
     bool isIdle = true;
     for (const QualityOfService level : AllLevels)
-        isIdle &= pool(level).waitForDone(int(deadline.remainingTime()));
+        isIdle &= pool(level).waitUntilIdle(std::chrono::milliseconds(deadline.remainingTime()));
     return isIdle;
 }
