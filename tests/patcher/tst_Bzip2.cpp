@@ -50,6 +50,28 @@ QByteArray text(qsizetype size, unsigned seed)
     return bytes;
 }
 
+// Many NULs as one stream, made in little memory.
+QByteArray compressedNuls(qint64 count)
+{
+    QByteArray nuls(1'000'000, '\0');
+    QByteArray result(100'000, Qt::Uninitialized);
+    bz_stream stream{};
+    BZ2_bzCompressInit(&stream, 9, 0, 0);
+    stream.next_out = result.data();
+    stream.avail_out = unsigned(result.size());
+    for (qint64 left = count; left > 0; left -= nuls.size()) {
+        stream.next_in = nuls.data();
+        stream.avail_in = unsigned(std::min<qint64>(left, nuls.size()));
+        while (stream.avail_in > 0)
+            BZ2_bzCompress(&stream, BZ_RUN);
+    }
+    if (BZ2_bzCompress(&stream, BZ_FINISH) != BZ_STREAM_END)
+        qFatal("bzip2 cannot compress");
+    result.truncate(stream.next_out - result.data());
+    BZ2_bzCompressEnd(&stream);
+    return result;
+}
+
 } // namespace
 
 class TestBzip2 : public QObject
@@ -66,7 +88,7 @@ private slots:
     void agreesWithTheLibraryForEveryChangedByte();
     void agreesWithTheLibraryForNoise_data();
     void agreesWithTheLibraryForNoise();
-    void restoresAThousandfoldExpansion();
+    void restoresAnExpansionOfAMillionfold();
     void refusesWhatDoesNotFitInMemory();
 };
 
@@ -190,12 +212,12 @@ void TestBzip2::agreesWithTheLibraryForNoise()
     QCOMPARE(different, QList<unsigned>());
 }
 
-void TestBzip2::restoresAThousandfoldExpansion()
+void TestBzip2::restoresAnExpansionOfAMillionfold()
 {
-    const QByteArray contents(120'000'000, '\0');
-    const QByteArray stream = compressBzip2(contents);
+    const QByteArray stream = compressedNuls(150'000'000);
+    const Contents contents = decompressBzip2(stream);
     QVERIFY(stream.size() < 1000);
-    QVERIFY(decompressBzip2(stream) == contents);
+    QVERIFY(contents == QByteArray(150'000'000, '\0'));
 }
 
 // In a child, whose memory is short from then on: the system's limit is for ordinary builds, the
@@ -203,7 +225,7 @@ void TestBzip2::restoresAThousandfoldExpansion()
 void TestBzip2::refusesWhatDoesNotFitInMemory()
 {
     if (FatalCheck::isChild()) {
-        const QByteArray stream = compressBzip2(QByteArray(200'000'000, '\0'));
+        const QByteArray stream = compressedNuls(150'000'000);
         FatalCheck::limitMemory(FatalCheck::MostAtOnce);
         const bool isRefused = !decompressBzip2(stream) && !decompressBzip2(stream, 1);
         const bool isUsable = decompressBzip2(smallStream()) == "the quick brown fox"_ba;

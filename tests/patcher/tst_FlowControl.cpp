@@ -1,10 +1,10 @@
 #include "CompressBzip2.h"
 #include "SelfServingHttpClient.h"
+#include "Signal.h"
 #include "TestEngine.h"
 #include "TestMain.h"
 #include "TestServer.h"
 
-#include <QSemaphore>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -22,18 +22,18 @@ struct HeldWrite
 {
     explicit HeldWrite(FakeDownloadable &file)
     {
-        file.onWrite = [this] { mayEnd.acquire(); };
+        file.onWrite = [this] { static_cast<void>(mayEnd.wait()); };
     }
     ~HeldWrite() { end(); }
     HeldWrite(const HeldWrite &) = delete;
     HeldWrite &operator=(const HeldWrite &) = delete;
     void end()
     {
-        mayEnd.release();
+        mayEnd.raise();
         TestEngine::waitForWrites();
     }
 
-    QSemaphore mayEnd;
+    Signal mayEnd;
 };
 
 } // namespace
@@ -149,7 +149,7 @@ void TestFlowControl::completesARunWithARealServer()
     const auto delegate = std::make_shared<RecordingDelegate>();
     patcher->setDelegate(delegate);
     QByteArray contents;
-    for (int i = 0; i < 300'000; ++i)
+    for (unsigned i = 0; i < 300'000; ++i)
         contents += char(i * i >> 5);
     server.setHandler(
         [body = compressBzip2(contents)](const TestRequest &) { return TestReply::whole(body); });

@@ -1,5 +1,6 @@
 #include "CompressBzip2.h"
 #include "FatalCheck.h"
+#include "Signal.h"
 #include "StandardOutput.h"
 #include "TestEngine.h"
 #include "TestFolder.h"
@@ -9,7 +10,6 @@
 
 #include <QDir>
 #include <QJsonObject>
-#include <QSemaphore>
 #include <QTest>
 #include <QThread>
 
@@ -140,29 +140,27 @@ void TestWriting::namesAPatchQueueAfterItsFirstUrl()
 void TestWriting::writesPatchesOfOneFileInTheirOrder()
 {
     const TestEngine engine;
-    // The first takes far longer to decompress than the others take to arrive.
-    const QList<qsizetype> sizes{64'000'000, 1'000'000, 10, 0, 1000};
-    QStringList expected;
+    // The first takes longer than the others, and none begins before all have arrived.
+    const QList<qsizetype> sizes{20'000'000, 1'000'000, 10, 0, 1000};
+    QStringList names;
     for (int i = 0; i < sizes.size(); ++i) {
-        expected += u"order_%1_%2.patch"_s.arg(i).arg(i + 1);
-        engine.patcher->enqueueWithFile(patchNamed(expected.last(), u"/game/a"_s));
+        names += u"order_%1_%2.patch"_s.arg(i).arg(i + 1);
+        engine.patcher->enqueueWithFile(patchNamed(names.last(), u"/game/a"_s));
     }
-    QStringList completed;
-    engine.delegate->onMessage = [&completed](const QString &line) {
-        if (line.startsWith(u"written"_s))
-            completed += line;
-    };
+    Signal haveArrived;
+    engine.patcher->writeQueueForFile(patchNamed(names[0], u"/game/a"_s))->async([&haveArrived] {
+        static_cast<void>(haveArrived.wait());
+    });
     engine.patcher->start();
-    QList<QByteArray> bodies;
     for (const qsizetype size : sizes)
-        bodies += compressBzip2(QByteArray(size, '\0'), 1);
-    for (const QByteArray &body : bodies)
-        engine.client.last()->deliver(body);
+        engine.client.last()->deliver(compressBzip2(QByteArray(size, '\0'), 1));
+    haveArrived.raise();
     TestEngine::waitForWrites();
     QStringList lines{u"written 0/5 order_4_5.patch"_s};
-    for (int i = 0; i < expected.size(); ++i)
-        lines += u"written %1/5 %2"_s.arg(i + 1).arg(expected[i]);
-    QCOMPARE(completed, lines);
+    for (int i = 0; i < names.size(); ++i)
+        lines += u"written %1/5 %2"_s.arg(i + 1).arg(names[i]);
+    lines.insert(lines.size() - 1, u"finished"_s);
+    QCOMPARE(engine.delegate->linesOfWriting(), lines);
 }
 
 void TestWriting::stopsTheProcessForAPatchWithoutALocalPath()
@@ -329,20 +327,20 @@ void TestWriting::downloadsTheNextFileWhileOneIsWritten()
 {
     const TestEngine engine;
     const auto files = engine.enqueue({u"a"_s, u"b"_s});
-    QSemaphore isWriting;
-    QSemaphore mayEnd;
+    Signal isWriting;
+    Signal mayEnd;
     files[0]->onWrite = [&isWriting, &mayEnd] {
-        isWriting.release();
-        mayEnd.acquire();
+        isWriting.raise();
+        static_cast<void>(mayEnd.wait());
     };
     engine.patcher->start();
     engine.client.last()->deliver(someBody());
-    const bool hasBegun = isWriting.tryAcquire(1, TestEngine::Limit);
+    const bool hasBegun = isWriting.wait();
     engine.client.last()->respond();
     engine.client.last()->receive("part of b");
     const auto state = std::tuple(engine.client.last()->request().url.fileName(),
                                   engine.patcher->writeCount(), engine.delegate->lines());
-    mayEnd.release();
+    mayEnd.raise();
     TestEngine::waitForWrites();
     QVERIFY(hasBegun);
     QCOMPARE(state, std::tuple(u"b.bz2"_s, qint64(0),
@@ -354,19 +352,19 @@ void TestWriting::livesUntilItsWritesHaveEnded()
     TestEngine engine;
     const std::weak_ptr<VARNOPatcher> observed = engine.patcher;
     const auto files = engine.enqueue({u"a"_s});
-    QSemaphore isWriting;
-    QSemaphore mayEnd;
+    Signal isWriting;
+    Signal mayEnd;
     files[0]->onWrite = [&isWriting, &mayEnd] {
-        isWriting.release();
-        mayEnd.acquire();
+        isWriting.raise();
+        static_cast<void>(mayEnd.wait());
     };
     engine.patcher->start();
     engine.patcher.reset();
     QList<bool> lives{!observed.expired()}; // held by the connection
     engine.client.last()->deliver(someBody());
-    const bool hasBegun = isWriting.tryAcquire(1, TestEngine::Limit);
+    const bool hasBegun = isWriting.wait();
     lives += !observed.expired(); // held by the write
-    mayEnd.release();
+    mayEnd.raise();
     TestEngine::waitForWrites();
     lives += !observed.expired();
     QVERIFY(hasBegun);

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+// One thread waits until another has raised it. Each raise lets one wait through.
+class Signal
+{
+public:
+    void raise()
+    {
+        const std::lock_guard lock(m_mutex);
+        ++m_count;
+        m_isRaised.notify_all();
+    }
+
+    // False when that took too long.
+    [[nodiscard]] bool wait()
+    {
+        std::unique_lock lock(m_mutex);
+        if (!m_isRaised.wait_for(lock, Limit, [this] { return m_count > 0; }))
+            return false;
+        --m_count;
+        return true;
+    }
+
+private:
+    static constexpr std::chrono::seconds Limit{60};
+    std::mutex m_mutex;
+    std::condition_variable m_isRaised;
+    int m_count = 0;
+};
