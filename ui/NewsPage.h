@@ -21,9 +21,13 @@ public:
 std::unique_ptr<NewsPage> makeTextNewsPage(QWidget *parent, const QString &extraCertificateFile,
                                            NewsView::Policy policy);
 
+// Whether a page on Qt WebEngine can be shown at all: not without OpenGL, and not in an application
+// that keeps to raster widgets (Qt::AA_ForceRasterWidgets).
+[[nodiscard]] bool canShowWebNewsPage();
+
 // Makes the window of that widget, which must not be shown yet, fit for the page on Qt WebEngine.
 // Otherwise the desktop would have to make the window anew, in front of the player, once there is
-// such a page in it.
+// such a page in it. Only where such a page can be shown.
 void prepareForWebNewsPage(QWidget *widget);
 
 // On Qt WebEngine, in processes of its own; only in builds with it.

@@ -2,7 +2,6 @@
 
 #include "ui/NewsPage.h"
 
-#include <QCoreApplication>
 #include <QEvent>
 
 namespace {
@@ -10,17 +9,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto LongestWaitForFocus = 1s;
-
-// The web engine draws through the graphics interface. Where there is none, which the application
-// says by this attribute, its window would crash.
-bool canShowWebPages()
-{
-#ifdef QUELLMOOR_WITH_WEBENGINE
-    return !QCoreApplication::testAttribute(Qt::AA_ForceRasterWidgets);
-#else
-    return false;
-#endif
-}
 
 class Decision final : public DecisionListener
 {
@@ -34,11 +22,13 @@ private:
 
 } // namespace
 
-NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(defaultFactory())
+NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(makeTextNewsPage)
 {
 #ifdef QUELLMOOR_WITH_WEBENGINE
-    if (canShowWebPages())
+    if (canShowWebNewsPage()) {
+        m_pageFactory = makeWebNewsPage;
         prepareForWebNewsPage(this);
+    }
 #endif
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);

@@ -3,8 +3,10 @@
 #include "app/ErrorHandler.h"
 #include "ui/Typography.h"
 
+#include <QCoreApplication>
 #include <QFontInfo>
 #include <QLocale>
+#include <QOpenGLContext>
 #include <QOpenGLWidget>
 #include <QSslCertificate>
 #include <QSslConfiguration>
@@ -164,6 +166,15 @@ private:
 };
 
 } // namespace
+
+bool canShowWebNewsPage()
+{
+    static const bool hasGraphicsInterface = [] {
+        QOpenGLContext context;
+        return context.create();
+    }();
+    return !QCoreApplication::testAttribute(Qt::AA_ForceRasterWidgets) && hasGraphicsInterface;
+}
 
 void prepareForWebNewsPage(QWidget *widget)
 {
