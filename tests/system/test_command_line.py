@@ -10,6 +10,7 @@ from harness import case, games, trace
 MISTAKES = (
     ("--verify", "--update"), ("--verify", "--nonsense"), ("--update", "--nonsense=1"),
     ("--update", "--environment"), ("--environment", "qa"), ("--update=now",),
+    ("--update", "environment", "qa"),
     ("--verify", "--environment", "qa", "--update"))
 NOT_PART_OF_A_HOST = ("qa/", "a/../b", "evil.example:443/", "@evil.example", "a b", "ä", "a%2fb",
                       "?", "#", "a:1", "qa\n", "\\", "[::1]")
