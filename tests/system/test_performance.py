@@ -52,7 +52,7 @@ class ManyFiles(case.SystemTest):
         check = min(self._seconds_to_check() for _ in range(ROUNDS))
         dates = min(self._seconds_to_ask_for_dates() for _ in range(ROUNDS))
         self.hosts.fail_manifest(body="{}")
-        nothing = self.ends(self.player.verify(), case.VALID).seconds
+        nothing = min(self.ends(self.player.verify(), case.VALID).seconds for _ in range(ROUNDS))
         print(f"\n{FILES} files: first check {first.seconds:.2f} s, unchanged {check:.3f} s "
               f"(with no files {nothing:.3f} s), dates alone {dates:.3f} s: "
               f"ratio {check / dates:.1f}")
