@@ -27,13 +27,15 @@ struct HttpRequest
 struct HttpResponse
 {
     int status = 0;
-    // In bytes; -1 when the server does not say or the body is compressed for transport.
+    // In bytes; -1 when the server does not say.
     qint64 expectedContentLength = -1;
 };
 
-// Hears how one exchange goes: responses, then data in pieces, then exactly one of finish and
-// failure. The messages arrive one at a time on the connection's thread. Every status of HTTP is a
-// finish; a failure is what kept the answer from arriving whole.
+// Hears how one exchange goes: a response, then data in pieces, then exactly one of finish and
+// failure; a failure may come alone. The messages arrive one at a time on the connection's thread.
+// Every status of HTTP is a finish; a failure is what kept the answer from arriving whole. A body
+// without a length counts as whole where the connection ends. Bodies are handed on as they were
+// sent; none is asked for packed.
 class HttpConnectionDelegate
 {
 public:

@@ -20,7 +20,12 @@ QNetworkAccessManager &managerOfThisThread()
     return *manager;
 }
 
-bool isRedirect(int status) { return status >= 300 && status < 400 && status != 304; }
+// The statuses of which Qt follows the target or fails; the other ones of their hundred are
+// answers.
+bool isRedirect(int status)
+{
+    return (status >= 301 && status <= 303) || status == 305 || status == 307 || status == 308;
+}
 
 // Qt counts statuses of 400 and more as errors; here they are answers like any other.
 bool isOnlyTheStatus(QNetworkReply::NetworkError error, int status)
@@ -47,9 +52,24 @@ QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslCon
                         request.redirects == HttpRequest::Redirects::SameOrigin
                             ? QNetworkRequest::SameOriginRedirectPolicy
                             : QNetworkRequest::NoLessSafeRedirectPolicy);
+    // Of a body packed for transport Qt does not tell whether it arrived whole. Ours are packed
+    // already.
+    result.setRawHeader(QByteArrayLiteral("Accept-Encoding"), QByteArrayLiteral("identity"));
     for (const auto &[name, value] : request.headers)
         result.setRawHeader(name, value);
     return result;
+}
+
+// With a body, even an empty one, Qt ignores the read buffer's size and takes in all that comes.
+QNetworkReply *sendByQt(const HttpRequest &request, const QSslConfiguration &sslConfiguration)
+{
+    QNetworkAccessManager &manager = managerOfThisThread();
+    const QNetworkRequest qtRequest = toQt(request, sslConfiguration);
+    if (request.method == QByteArrayLiteral("GET"))
+        return manager.get(qtRequest);
+    if (request.body.isEmpty())
+        return manager.sendCustomRequest(qtRequest, request.method);
+    return manager.sendCustomRequest(qtRequest, request.method, request.body);
 }
 
 } // namespace
@@ -86,13 +106,13 @@ void QtHttpConnection::start()
 
 void QtHttpConnection::send()
 {
-    m_reply = managerOfThisThread().sendCustomRequest(toQt(m_request, m_sslConfiguration),
-                                                      m_request.method, m_request.body);
+    m_reply = sendByQt(m_request, m_sslConfiguration);
     m_reply->setReadBufferSize(ReadBufferSize);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &QtHttpConnection::takeResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &QtHttpConnection::takeData);
     connect(m_reply, &QNetworkReply::finished, this, &QtHttpConnection::takeEnd);
-    m_idleTimer.start(m_request.idleTimeout);
+    if (!m_isPaused)
+        m_idleTimer.start(m_request.idleTimeout);
 }
 
 void QtHttpConnection::setPaused(bool isPaused)
@@ -103,7 +123,7 @@ void QtHttpConnection::setPaused(bool isPaused)
             Qt::QueuedConnection);
         return;
     }
-    if (!m_reply || std::exchange(m_isPaused, isPaused) == isPaused)
+    if (std::exchange(m_isPaused, isPaused) == isPaused || !m_reply)
         return;
     if (isPaused) {
         m_idleTimer.stop();
@@ -123,17 +143,16 @@ void QtHttpConnection::takeResponse()
     m_hasResponse = true;
     m_status = status;
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
-    const bool isEncoded = m_reply->hasRawHeader(QByteArrayLiteral("Content-Encoding"));
-    m_expectedLength = length.isValid() && !isEncoded ? length.toLongLong() : -1;
+    m_expectedLength = length.isValid() ? length.toLongLong() : -1;
     m_delegate->connectionDidReceiveResponse({status, m_expectedLength});
 }
 
 void QtHttpConnection::takeData()
 {
-    if (m_isPaused || !m_reply)
+    if (m_isPaused || !m_reply || m_hasTimedOut)
         return;
     takeResponse();
-    if (!m_hasResponse)
+    if (!m_hasResponse || m_isPaused) // the delegate may have paused at the response
         return;
     if (!m_reply->isFinished())
         m_idleTimer.start(m_request.idleTimeout);

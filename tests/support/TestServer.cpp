@@ -22,7 +22,6 @@ struct TestServer::State
     Handler handler;
     QList<TestRequest> requests;
     QByteArray receivedBytes;
-    qint64 sentByteCount = 0;
     int waitingCount = 0;
 
     TestReply answer(const TestRequest &request)
@@ -47,6 +46,8 @@ public:
     // True: go on at once. False: the connection will be told to.
     bool mayGoOn(Connection *connection);
     void forget(Connection *connection);
+    void addWritten(qint64 count) { m_writtenByteCount += count; }
+    [[nodiscard]] qint64 sentByteCount() const;
     [[nodiscard]] State &state() const { return *m_state; }
 
 protected:
@@ -60,6 +61,7 @@ private:
     QSslConfiguration m_sslConfiguration;
     std::deque<Connection *> m_waiting;
     int m_releases = 0;
+    qint64 m_writtenByteCount = 0;
 };
 
 // One client: its requests are answered one after the other.
@@ -71,6 +73,7 @@ public:
 
     // Takes the steps that are left, up to one that has to wait.
     void goOn();
+    [[nodiscard]] qint64 unsentByteCount() const { return m_socket.encryptedBytesToWrite(); }
 
 private:
     void receive();
@@ -92,17 +95,14 @@ TestServer::Connection::Connection(Listener &listener, qintptr descriptor,
 {
     connect(&m_socket, &QSslSocket::readyRead, this, &Connection::receive);
     connect(&m_socket, &QSslSocket::disconnected, this, &QObject::deleteLater);
-    const auto sent = [this](qint64 count) {
-        const std::lock_guard lock(m_listener.state().mutex);
-        m_listener.state().sentByteCount += count;
-    };
+    const auto add = [this](qint64 count) { m_listener.addWritten(count); };
     m_socket.setSocketDescriptor(descriptor);
     if (sslConfiguration) {
-        connect(&m_socket, &QSslSocket::encryptedBytesWritten, this, sent);
+        connect(&m_socket, &QSslSocket::encryptedBytesWritten, this, add);
         m_socket.setSslConfiguration(*sslConfiguration);
         m_socket.startServerEncryption();
     } else {
-        connect(&m_socket, &QSslSocket::bytesWritten, this, sent);
+        connect(&m_socket, &QSslSocket::bytesWritten, this, add);
     }
 }
 
@@ -246,6 +246,19 @@ void TestServer::Listener::publishWaitingCount()
     m_state->waitingCount = int(m_waiting.size());
 }
 
+// The encrypted bytes that a TLS socket says it has written may still wait in its own buffer.
+qint64 TestServer::Listener::sentByteCount() const
+{
+    qint64 count = m_writtenByteCount;
+    if (m_scheme == Scheme::Http)
+        return count;
+    for (const QObject *child : children()) {
+        if (const auto *connection = dynamic_cast<const Connection *>(child))
+            count -= connection->unsentByteCount();
+    }
+    return count;
+}
+
 TestServer::TestServer(const Certificates::Identity &identity, Scheme scheme)
     : m_scheme(scheme),
       m_state(std::make_shared<State>()),
@@ -327,6 +340,9 @@ QByteArray TestServer::receivedBytes() const
 
 qint64 TestServer::sentByteCount() const
 {
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->sentByteCount;
+    qint64 count = 0;
+    QMetaObject::invokeMethod(
+        m_listener, [this, &count] { count = m_listener->sentByteCount(); },
+        Qt::BlockingQueuedConnection);
+    return count;
 }

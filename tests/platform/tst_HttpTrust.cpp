@@ -1,0 +1,181 @@
+#include "RecordingConnectionDelegate.h"
+#include "TestMain.h"
+#include "TestServer.h"
+#include "platform/HttpClient.h"
+
+#include <QTest>
+
+using Redirects = HttpRequest::Redirects;
+Q_DECLARE_METATYPE(Certificates::Identity)
+
+// Where requests may go and whom the client believes.
+class TestHttpTrust : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void followsARedirect_data();
+    void followsARedirect();
+    void tellsNothingOfTheRedirectItself();
+    void neverFollowsFromHttpsToHttp_data();
+    void neverFollowsFromHttpsToHttp();
+    void staysWithinTheOriginWhenTold_data();
+    void staysWithinTheOriginWhenTold();
+    void givesUpOnACircleOfRedirects();
+    void refusesAServerThatCannotProveItself_data();
+    void refusesAServerThatCannotProveItself();
+    void refusesTheTestAuthorityWhenItIsNotAdded_data();
+    void refusesTheTestAuthorityWhenItIsNotAdded();
+};
+
+namespace {
+
+const QByteArray Secret = "password=hunter2";
+
+std::shared_ptr<RecordingConnectionDelegate> run(HttpClient &client, const HttpRequest &request)
+{
+    auto delegate = std::make_shared<RecordingConnectionDelegate>();
+    const auto connection = client.makeConnection(request, delegate);
+    if (!connection)
+        qFatal("no connection");
+    connection->start();
+    if (!QTest::qWaitFor([delegate] { return delegate->hasEnded(); }, 20000))
+        qFatal("the connection never ended");
+    return delegate;
+}
+
+std::unique_ptr<HttpClient> makeTrustingClient()
+{
+    return makeHttpClient(Certificates::shared().authorityFile());
+}
+
+HttpRequest get(const QUrl &url)
+{
+    HttpRequest request;
+    request.url = url;
+    return request;
+}
+
+HttpRequest postSecret(const QUrl &url, Redirects redirects)
+{
+    HttpRequest request = get(url);
+    request.method = "POST";
+    request.body = Secret;
+    request.redirects = redirects;
+    return request;
+}
+
+void addRedirectStatuses()
+{
+    QTest::addColumn<int>("status");
+    for (const int status : {301, 302, 303, 307, 308})
+        QTest::addRow("%d", status) << status;
+}
+
+} // namespace
+
+void TestHttpTrust::followsARedirect_data() { addRedirectStatuses(); }
+
+void TestHttpTrust::followsARedirect()
+{
+    QFETCH(int, status);
+    TestServer first;
+    TestServer second;
+    first.route("/", TestReply::redirect(second.url("/there"), status));
+    second.route("/there", TestReply::whole("arrived"));
+    const auto delegate = run(*makeTrustingClient(), get(first.url()));
+    QCOMPARE(delegate->events(), QStringList({QStringLiteral("response 200 7"),
+                                              QStringLiteral("data"), QStringLiteral("finish")}));
+    QCOMPARE(delegate->data(), QByteArray("arrived"));
+}
+
+void TestHttpTrust::tellsNothingOfTheRedirectItself()
+{
+    TestServer server;
+    server.route("/", TestReply::whole("moved", 302, {{"Location", "/there"}}));
+    server.route("/there", TestReply::whole("not here", 404));
+    const auto delegate = run(*makeTrustingClient(), get(server.url()));
+    QCOMPARE(delegate->events(), QStringList({QStringLiteral("response 404 8"),
+                                              QStringLiteral("data"), QStringLiteral("finish")}));
+    QCOMPARE(delegate->data(), QByteArray("not here"));
+}
+
+void TestHttpTrust::neverFollowsFromHttpsToHttp_data() { addRedirectStatuses(); }
+
+void TestHttpTrust::neverFollowsFromHttpsToHttp()
+{
+    QFETCH(int, status);
+    TestServer safe;
+    TestServer open(TestServer::Scheme::Http);
+    open.setHandler([](const TestRequest &) { return TestReply::whole("trap"); });
+    safe.route("/", TestReply::redirect(open.url(), status));
+    const auto delegate = run(*makeTrustingClient(), postSecret(safe.url(), Redirects::NoLessSafe));
+    QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(open.receivedBytes(), QByteArray());
+    QVERIFY(safe.receivedBytes().endsWith(Secret));
+}
+
+void TestHttpTrust::staysWithinTheOriginWhenTold_data() { addRedirectStatuses(); }
+
+void TestHttpTrust::staysWithinTheOriginWhenTold()
+{
+    QFETCH(int, status);
+    TestServer own;
+    TestServer stranger;
+    stranger.setHandler([](const TestRequest &) { return TestReply::whole("trap"); });
+    own.route("/away", TestReply::redirect(stranger.url(), status));
+    own.route("/near", TestReply::redirect(own.url("/there"), status));
+    own.route("/there", TestReply::whole("arrived"));
+    const auto client = makeTrustingClient();
+    QCOMPARE(run(*client, postSecret(own.url("/away"), Redirects::SameOrigin))->events(),
+             QStringList{QStringLiteral("failure")});
+    QCOMPARE(run(*client, postSecret(own.url("/near"), Redirects::SameOrigin))->data(),
+             QByteArray("arrived"));
+    QCOMPARE(stranger.receivedBytes(), QByteArray());
+}
+
+void TestHttpTrust::givesUpOnACircleOfRedirects()
+{
+    TestServer server;
+    server.route("/", TestReply::redirect(server.url("/")));
+    QCOMPARE(run(*makeTrustingClient(), get(server.url()))->events(),
+             QStringList{QStringLiteral("failure")});
+}
+
+void TestHttpTrust::refusesAServerThatCannotProveItself_data()
+{
+    QTest::addColumn<Certificates::Identity>("identity");
+    QTest::newRow("of another host") << Certificates::shared().otherHost();
+    QTest::newRow("expired") << Certificates::shared().expired();
+}
+
+void TestHttpTrust::refusesAServerThatCannotProveItself()
+{
+    QFETCH(Certificates::Identity, identity);
+    TestServer server(identity);
+    const auto delegate =
+        run(*makeTrustingClient(), postSecret(server.url(), Redirects::NoLessSafe));
+    QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(server.receivedBytes(), QByteArray());
+}
+
+void TestHttpTrust::refusesTheTestAuthorityWhenItIsNotAdded_data()
+{
+    QTest::addColumn<QString>("extraCertificateFile");
+    QTest::newRow("no file") << QString();
+    QTest::newRow("a missing file") << QStringLiteral("/does/not/exist.pem");
+    QTest::newRow("a file without certificates") << QStringLiteral("/etc/passwd");
+}
+
+void TestHttpTrust::refusesTheTestAuthorityWhenItIsNotAdded()
+{
+    QFETCH(QString, extraCertificateFile);
+    TestServer server;
+    const auto client = makeHttpClient(extraCertificateFile);
+    const auto delegate = run(*client, postSecret(server.url(), Redirects::NoLessSafe));
+    QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(server.receivedBytes(), QByteArray());
+}
+
+QUELLMOOR_TEST(TestHttpTrust, "HttpTrust")
+#include "tst_HttpTrust.moc"
