@@ -20,6 +20,12 @@ Observer &observer()
     return instance;
 }
 
+bool endsLinesOrControls(QChar c)
+{
+    return c.category() == QChar::Other_Control || c.category() == QChar::Separator_Line ||
+           c.category() == QChar::Separator_Paragraph;
+}
+
 QString onOneLine(const QString &text)
 {
     QString line;
@@ -29,7 +35,7 @@ QString onOneLine(const QString &text)
             line += QStringLiteral("\\n");
         else if (c == u'\r')
             line += QStringLiteral("\\r");
-        else if (c.category() == QChar::Other_Control && c != u'\t')
+        else if (endsLinesOrControls(c) && c != u'\t')
             line += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
         else
             line += c;
