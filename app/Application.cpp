@@ -1,22 +1,20 @@
 #include "app/Application.h"
 
-#include "app/AppDelegate.h"
-#include "app/CommandLine.h"
 #include "app/Configuration.h"
 #include "app/ErrorHandler.h"
 #include "app/SingleInstance.h"
 #include "app/UpdateCommand.h"
-#include "app/WindowApplication.h"
 #include "platform/DispatchQueue.h"
+#include "platform/FileSystem.h"
 #include "platform/HttpClient.h"
-#include "platform/SharedApplication.h"
 #include "platform/UserDefaults.h"
 
-#include <QApplication>
-#include <QIcon>
-#include <QOffscreenSurface>
-#include <QOpenGLContext>
+#include <QCoreApplication>
+#include <QFile>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
@@ -27,24 +25,34 @@ namespace {
 constexpr int MillisecondsForUnfinishedWork = 2000;
 constexpr int AnotherLauncher = 3;
 
+} // namespace
+
+CommandLine commandLineOf(int argc, char **argv)
+{
+    QStringList words;
+    for (int i = 0; i < argc; ++i)
+        words += QString::fromLocal8Bit(argv[i]);
+    return CommandLine::parse(words);
+}
+
 void name()
 {
     QCoreApplication::setApplicationName(QStringLiteral("quellmoor-launcher"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUELLMOOR_VERSION));
 }
 
-// Whether windows can have parts that are drawn through OpenGL. Remote and virtual displays often
-// cannot.
-bool hasGraphicsInterface()
+int becomeWindow(char **argv)
 {
-    QOffscreenSurface surface;
-    surface.create();
-    QOpenGLContext context;
-    return context.create() && context.makeCurrent(&surface);
+    const QByteArray program =
+        QFile::encodeName(FileSystem::executablePath() + QStringLiteral("-window"));
+    execv(program.constData(), argv);
+    ErrorHandler::log(QStringLiteral("Cannot start %1: %2")
+                          .arg(QFile::decodeName(program), qt_error_string(errno)));
+    return EXIT_FAILURE;
 }
 
-// Threads that still wait, for a server or for the game, must not hold the process; they would find
-// their world gone, so it ends without tearing it down.
+// A thread that still waits would find its world gone, so the process then ends without tearing it
+// down.
 int end(int exitCode)
 {
     if (DispatchQueue::drain(MillisecondsForUnfinishedWork))
@@ -52,8 +60,6 @@ int end(int exitCode)
     std::fflush(nullptr);
     std::_Exit(exitCode);
 }
-
-} // namespace
 
 int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
 {
@@ -77,30 +83,6 @@ int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
         DispatchQueue::main()->async([exitCode] { QCoreApplication::exit(exitCode); });
     });
     return end(QCoreApplication::exec());
-}
-
-int runWithWindow(const CommandLine &, int argc, char **argv)
-{
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // the web engine asks for it
-    QApplication application(argc, argv);
-    name();
-    QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
-    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets, !hasGraphicsInterface());
-
-    const Configuration configuration = Configuration::compiledIn();
-    SingleInstance instance(configuration.dataFolder);
-    if (!instance.claim())
-        return 0;
-    const auto sharedApplication = makeSharedApplication();
-    AppDelegate appDelegate(*sharedApplication);
-    WindowApplication window(configuration);
-    instance.setComeForward([&window] { window.comeForward(); });
-    window.start();
-    appDelegate.applicationDidFinishLaunching();
-    const int exitCode = QApplication::exec();
-    window.stop();
-    return end(exitCode);
 }
 
 } // namespace Application

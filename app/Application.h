@@ -1,14 +1,28 @@
 #pragma once
 
-struct CommandLine;
+#include "app/CommandLine.h"
 
-// Builds the graph of the launcher's objects, in one place, and runs it: who gets which settings,
-// client, timer and desktop is decided here and nowhere else.
+// What both programs of the launcher begin and end with. `quellmoor-launcher` understands the
+// command line and works without a window; for the window it becomes `quellmoor-launcher-window`,
+// so that a check or an update never loads a user interface.
 namespace Application {
 
-// Both return the process's exit code. They end the process's threads as far as those can be ended;
-// one that waits for a running game is left behind with the process.
-int runWithWindow(const CommandLine &commandLine, int argc, char **argv);
+constexpr int UsageMistake = 64;
+
+[[nodiscard]] CommandLine commandLineOf(int argc, char **argv);
+
+// Gives the application object's name and version.
+void name();
+
+// Checks or updates the game folder; returns the process's exit code.
 int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv);
+
+// Becomes the window's program with the same words. Returns only when that cannot be, with the exit
+// code.
+int becomeWindow(char **argv);
+
+// To be returned from main() once the event loop has ended. Ends the process at once when a thread
+// still waits, for a server or for a running game.
+int end(int exitCode);
 
 } // namespace Application

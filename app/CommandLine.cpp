@@ -65,6 +65,16 @@ CommandLine::Action actionOf(const QCommandLineParser &parser)
     return CommandLine::Action::Window;
 }
 
+// Empty when every word was understood.
+QString complaintAbout(const QCommandLineParser &parser, bool isUnderstood)
+{
+    if (!isUnderstood)
+        return parser.errorText();
+    const QStringList strayWords = parser.positionalArguments();
+    return strayWords.isEmpty() ? QString()
+                                : QStringLiteral("Unknown word '%1'.").arg(strayWords.first());
+}
+
 } // namespace
 
 CommandLine CommandLine::parse(const QStringList &arguments)
@@ -88,10 +98,10 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         return mistake(QStringLiteral("--verify and --update exclude each other."));
     else if (parser.isSet(environmentOption) && !isWithoutWindow)
         return mistake(QStringLiteral("--environment goes with --verify or --update."));
-    else if (isWithoutWindow && !isUnderstood)
-        return mistake(parser.errorText());
-    else if (isWithoutWindow && !parser.positionalArguments().isEmpty())
-        return mistake(QStringLiteral("Unknown word '%1'.").arg(parser.positionalArguments()[0]));
+    else
+        result.text = complaintAbout(parser, isUnderstood);
+    if (isWithoutWindow && !result.text.isEmpty())
+        return mistake(result.text);
 
     if (parser.isSet(environmentOption))
         result.environment = parser.value(environmentOption);

@@ -15,7 +15,8 @@ struct CommandLine
     std::optional<QString> environment;
     // Show the Touch Bar's stand-in under the window.
     bool showsTouchBar = false;
-    // For Help, Version and Mistake: what to print.
+    // For Help, Version and Mistake: what to print. For Window: what was not understood, which may
+    // yet be words of the toolkit.
     QString text;
 
     // `arguments` with the program's name first. Needs no application object and no display.

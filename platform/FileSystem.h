@@ -23,6 +23,9 @@ namespace FileSystem {
 // Empty when it cannot be made.
 [[nodiscard]] QString temporaryDirectory();
 
+// Where the program that runs lies.
+[[nodiscard]] QString executablePath();
+
 // Whether anything, even a link that leads nowhere, has that path.
 [[nodiscard]] bool exists(const QString &path);
 

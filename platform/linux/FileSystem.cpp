@@ -127,6 +127,8 @@ QString temporaryDirectory()
     return directory.isValid() ? directory.path() : QString();
 }
 
+QString executablePath() { return QFile::symLinkTarget(QStringLiteral("/proc/self/exe")); }
+
 bool exists(const QString &path)
 {
     struct stat attributes

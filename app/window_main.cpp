@@ -1,0 +1,55 @@
+#include "app/AppDelegate.h"
+#include "app/Application.h"
+#include "app/SingleInstance.h"
+#include "app/WindowApplication.h"
+#include "platform/SharedApplication.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+
+#include <cstdio>
+
+namespace {
+
+// Whether windows can have parts that are drawn through OpenGL. Remote and virtual displays often
+// cannot.
+bool hasGraphicsInterface()
+{
+    QOffscreenSurface surface;
+    surface.create();
+    QOpenGLContext context;
+    return context.create() && context.makeCurrent(&surface);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // the web engine asks for it
+    QApplication application(argc, argv);                       // takes its own words out of argv
+    const CommandLine commandLine = Application::commandLineOf(argc, argv);
+    if (!commandLine.text.isEmpty()) {
+        std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
+        return Application::UsageMistake;
+    }
+    Application::name();
+    QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets, !hasGraphicsInterface());
+
+    const Configuration configuration = Configuration::compiledIn();
+    SingleInstance instance(configuration.dataFolder);
+    if (!instance.claim())
+        return 0;
+    const auto sharedApplication = makeSharedApplication();
+    AppDelegate appDelegate(*sharedApplication);
+    WindowApplication window(configuration);
+    instance.setComeForward([&window] { window.comeForward(); });
+    window.start();
+    appDelegate.applicationDidFinishLaunching();
+    const int exitCode = QApplication::exec();
+    window.stop();
+    return Application::end(exitCode);
+}
