@@ -3,11 +3,10 @@
 #include "account/KeychainItem.h"
 #include "app/ErrorHandler.h"
 #include "platform/AlertPresenter.h"
+#include "platform/Alerts.h"
 #include "platform/BiometricContext.h"
 #include "platform/DispatchQueue.h"
 #include "platform/SystemLog.h"
-
-#include <QCoreApplication>
 
 namespace {
 
@@ -16,25 +15,21 @@ const auto EnabledKey = QStringLiteral("touchID-Enabled-Key");
 const auto HasAskedKey = QStringLiteral("has-Asked-User-For-TouchID");
 const auto ProductName = QStringLiteral("Quellmoor");
 
-QString localized(const char *text) { return QCoreApplication::translate("Alerts", text); }
-
 Alert makeOffer()
 {
     // The text ends in a space of its own, so that the player reads two before the name.
-    const QString text = localized(QT_TRANSLATE_NOOP("Alerts", "Use Touch ID to login to "));
-    return {localized(QT_TRANSLATE_NOOP("Alerts", "Enable Touch ID")),
+    const QString text = Alerts::tr("Use Touch ID to login to ");
+    return {Alerts::tr("Enable Touch ID"),
             text + QLatin1Char(' ') + ProductName + QLatin1Char('.'),
-            {localized(QT_TRANSLATE_NOOP("Alerts", "Enable")),
-             localized(QT_TRANSLATE_NOOP("Alerts", "Cancel"))}};
+            {Alerts::tr("Enable"), Alerts::tr("Cancel")}};
 }
 
 Alert makeResetNotice()
 {
-    return {localized(QT_TRANSLATE_NOOP("Alerts", "Touch ID Has Been Reset")),
-            localized(QT_TRANSLATE_NOOP("Alerts",
-                                        "To setup Touch ID again login to your account with the "
-                                        "correct username and password and select Enable.")),
-            {localized(QT_TRANSLATE_NOOP("Alerts", "Close"))}};
+    return {Alerts::tr("Touch ID Has Been Reset"),
+            Alerts::tr("To setup Touch ID again login to your account with the "
+                       "correct username and password and select Enable."),
+            {Alerts::tr("Close")}};
 }
 
 std::unique_ptr<LocalAuthenticationHandler> &sharedHandler()

@@ -5,12 +5,12 @@
 #include "app/ErrorHandler.h"
 #include "controller/ViewController.h"
 #include "platform/AlertPresenter.h"
+#include "platform/Alerts.h"
 #include "platform/DispatchQueue.h"
 #include "platform/UserDefaults.h"
 #include "ui/LauncherView.h"
 #include "ui/TextField.h"
 
-#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QRegularExpression>
 
@@ -21,8 +21,6 @@ constexpr qint64 LoggedIn = 7;
 
 // How the platform prints an object that is not there.
 const auto NullText = QStringLiteral("(null)");
-
-QString localized(const char *text) { return QCoreApplication::translate("Alerts", text); }
 
 // Numbers given as strings count; a string counts as the number it begins with, or 0.
 std::optional<qint64> integerOf(const QJsonValue &value)
@@ -173,9 +171,9 @@ void ViewController::offerStoredCredentials()
 void ViewController::showTwoStepAuthenticationAlertWith(const QString &text)
 {
     Alert alert;
-    alert.messageText = localized("Two-step Authentication");
+    alert.messageText = Alerts::tr("Two-step Authentication");
     alert.informativeText = text;
-    alert.buttons = {localized("Confirm"), localized("Cancel")};
+    alert.buttons = {Alerts::tr("Confirm"), Alerts::tr("Cancel")};
     m_services.alertPresenter.beginSheet(
         alert, AlertTextField(), [self = shared_from_this()](int response, const QString &token) {
             if (response == AlertPresenter::FirstButtonReturn)

@@ -1,10 +1,10 @@
 #include "account/LocalAuthenticationHandler.h"
 #include "app/Configuration.h"
 #include "platform/AlertPresenter.h"
+#include "platform/Alerts.h"
 #include "platform/Workspace.h"
 #include "ui/LauncherView.h"
 #include "ui/LauncherViewDelegate.h"
-#include "ui/Localized.h"
 #include "ui/RolloverButton.h"
 
 void LauncherView::bindActions()
@@ -83,16 +83,16 @@ void LauncherView::touchIdPressed()
 void LauncherView::explainTouchID()
 {
     Alert alert;
-    alert.buttons = {localized("Ok")};
+    alert.buttons = {Alerts::tr("Ok")};
     if (m_services->localAuthentication.canEvaluatePolicy()) {
-        alert.messageText = localized("Touch ID is not yet enabled");
+        alert.messageText = Alerts::tr("Touch ID is not yet enabled");
         alert.informativeText =
-            localized("To enable Touch ID, please login to your account and press play.");
+            Alerts::tr("To enable Touch ID, please login to your account and press play.");
         // So that the login which the alert asks for makes the offer again.
         m_services->localAuthentication.setHasAskedUserForTouchID(false);
     } else {
-        alert.messageText = localized("Touch ID is not available");
-        alert.informativeText = localized("Touch ID is not available on this device.");
+        alert.messageText = Alerts::tr("Touch ID is not available");
+        alert.informativeText = Alerts::tr("Touch ID is not available on this device.");
     }
     m_services->alertPresenter.runModal(alert);
 }

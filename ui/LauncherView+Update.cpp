@@ -1,12 +1,12 @@
 #include "app/Configuration.h"
 #include "app/ErrorHandler.h"
 #include "platform/AlertPresenter.h"
+#include "platform/Alerts.h"
 #include "platform/DispatchQueue.h"
 #include "platform/FileSystem.h"
 #include "platform/HttpClient.h"
 #include "platform/Workspace.h"
 #include "ui/LauncherView.h"
-#include "ui/Localized.h"
 
 #include <algorithm>
 
@@ -77,9 +77,9 @@ void LauncherView::showLauncherOutOfDate(const QString &version)
 {
     hideLoginForm(true);
     Alert alert;
-    alert.messageText = localized("Launcher Update Required");
-    alert.buttons = {localized("Update"), localized("Exit Launcher")};
-    alert.informativeText = localized("There is a required update available for the launcher.");
+    alert.messageText = Alerts::tr("Launcher Update Required");
+    alert.buttons = {Alerts::tr("Update"), Alerts::tr("Exit Launcher")};
+    alert.informativeText = Alerts::tr("There is a required update available for the launcher.");
     if (m_services->alertPresenter.runModal(alert) != AlertPresenter::FirstButtonReturn) {
         m_services->terminate();
         return;

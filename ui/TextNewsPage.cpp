@@ -32,7 +32,7 @@ public:
         setFont(Typography::text(15));
         document()->setDefaultStyleSheet(pageStyle());
         document()->setDocumentMargin(16);
-        setAccessibleName(tr("News"));
+        setAccessibleName(NewsView::tr("News"));
     }
 
     QVariant loadResource(int, const QUrl &) override { return {}; }

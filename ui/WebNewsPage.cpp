@@ -133,7 +133,7 @@ public:
         m_view->setPage(m_page.get());
         m_view->setContextMenuPolicy(Qt::NoContextMenu);
         m_view->setAcceptDrops(false);
-        m_view->setAccessibleName(QWebEngineView::tr("News"));
+        m_view->setAccessibleName(NewsView::tr("News"));
         QObject::connect(
             m_page.get(), &QWebEnginePage::renderProcessTerminated, m_view,
             [this](QWebEnginePage::RenderProcessTerminationStatus, int code) {
