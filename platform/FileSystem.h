@@ -38,8 +38,8 @@ std::optional<Error> createDirectory(const QString &path);
 
 // Puts a file with these bytes at `path`, whole or not at all: after a failure, a crash or a kill
 // the old file is still there. A link at `path` is replaced, never written through; a folder there
-// is an error. Keeps the permissions of a file that it replaces. The folder must exist. Does not
-// wait for the disk: see synchronize().
+// is an error. Keeps the permissions of a file that it replaces, except that its owner may then
+// read and write it. The folder must exist. Does not wait for the disk: see synchronize().
 std::optional<Error> writeAtomically(const QString &path, const QByteArray &bytes);
 
 // Writes these bytes to `path` in place, making or truncating the file: after a failure a part of
