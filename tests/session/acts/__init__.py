@@ -1,0 +1,24 @@
+"""The acts of a session, in the order they are played.
+
+An act is a function that takes the player and raises NotSeen; its first line says what is seen in
+it. Each leaves the launcher as the next one wants it, which the modules tell.
+"""
+
+from __future__ import annotations
+
+from typing import Callable
+
+from player.person import Player
+
+from . import aftermath, environment, game, links, login, network, out_of_date, quitting, update
+
+Act = Callable[[Player], None]
+
+ALL: tuple[Act, ...] = (
+    login.nothing_typed, login.wrong_password, links.to_the_desktop, login.two_steps,
+    update.moving_bar,
+    game.what_it_is_handed, game.launcher_out_of_sight, game.launcher_is_back,
+    environment.own_game, quitting.while_the_game_runs,
+    network.start_without_and_return,
+    out_of_date.update_is_handed_on, out_of_date.exit_downloads_nothing,
+    aftermath.nothing_is_left_running, aftermath.no_secret_was_written)

@@ -1,0 +1,37 @@
+"""The environment qa: another game from another host. Wants the login form."""
+
+from __future__ import annotations
+
+from harness import hosts, snapshot
+
+from player.person import Player
+from stage import children
+from stage.waiting import expect, until
+
+from . import game
+from .login import PASSWORDS
+
+
+def own_game(player: Player) -> None:
+    """A login into an environment brings its own game and starts it for development"""
+    player.stage.hosts.forget()
+    player.logs_in("plover@qa", PASSWORDS["plover@qa"])
+    report = player.stage.game_run.report()
+    player.sees_status("Launching the game(qa)...")
+    player.sees("label", f"Server v{player.stage.coming_game.server_version}")
+    game.expect_handover(player, report, "plover", "qa")
+    asked = player.stage.hosts.asked_for()
+    expect("the manifest of the environment", f"download-qa.localhost{hosts.MANIFEST}" in asked,
+           True)
+    expect("files of the usual game",
+           [path for path in asked if path.startswith("download.localhost")], [])
+    expect("the game folder",
+           snapshot.contents(player.stage.home.game),
+           snapshot.contents(player.stage.coming_game.source))
+    until("the game's window", lambda: player.stage.display.windows_of(report["pid"]))
+    player.takes_picture("environment")
+    until("a launcher out of sight", lambda: not player.launcher.windows())
+    game.ends_game(player)
+    until("a launcher in front with the focus", player.launcher.is_in_front)
+    player.sees_in_field("Account", "plover@qa")
+    until("no zombies of the launcher", lambda: not children.zombies(player.launcher.pid))

@@ -1,0 +1,64 @@
+#!/usr/bin/python3
+"""Plays a whole session with the launcher, as a player would, and says what was seen."""
+
+from __future__ import annotations
+
+import argparse
+import sys
+import time
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+sys.path[1:1] = [str(HERE.parent / "system"), str(HERE.parents[1] / "tools")]
+
+from harness import isolation, settings  # noqa: E402
+
+import acts  # noqa: E402
+from player.album import Album  # noqa: E402
+from player.person import Player  # noqa: E402
+from stage.waiting import NotSeen  # noqa: E402
+from stage.whole import Stage  # noqa: E402
+
+LAST_WORDS = 2000
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("folder", nargs="?", type=Path,
+                        default=settings.REPOSITORY / "build" / "demo",
+                        help="where the pictures go (default: build/demo)")
+    folder = parser.parse_args().folder.resolve()
+    isolation.enter()
+    is_whole = False
+    try:
+        with Stage() as stage:
+            is_whole = play(Player(stage, Album(folder)))
+    finally:
+        print(f"The pictures are in {folder}.")
+    return 0 if is_whole else 1
+
+
+def play(player: Player) -> bool:
+    """Plays act after act, each of which builds on the ones before; true when all was seen."""
+    for act in acts.ALL:
+        print(f"  {(act.__doc__ or act.__name__).strip()} ... ", end="", flush=True)
+        started = time.monotonic()
+        try:
+            act(player)
+        except NotSeen as missed:
+            print("NO")
+            explain(player, missed)
+            return False
+        print(f"{time.monotonic() - started:.1f} s")
+    print("All of it was seen.")
+    return True
+
+
+def explain(player: Player, missed: NotSeen) -> None:
+    player.takes_picture("not-seen")
+    print(f"Not seen: {missed}.\nThe status line: {player.status()!r}\n"
+          f"The launcher's last words:\n{player.launcher.errors()[-LAST_WORDS:]}")
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,1 @@
+"""Who plays the session: hands on the keyboard and the mouse, eyes on the windows."""

@@ -1,0 +1,116 @@
+"""The player: does what a person can do, and sees what the windows say."""
+
+from __future__ import annotations
+
+from typing import Callable, Optional
+
+from stage.accessibility import FOCUSED, SHOWING, Element
+from stage.launcher import Launcher
+from stage.waiting import expect, until
+from stage.whole import Stage
+
+from .album import Album
+
+FIRST_STATUS = "Login"
+LOGIN_FORM = (("text", "Account"), ("text", "Password"), ("push button", "Play"),
+              ("push button", "Forgot password?"), ("push button", "Create an account"))
+
+
+class Player:
+    """Plays on a stage and remembers what must never be written down."""
+
+    def __init__(self, stage: Stage, album: Album) -> None:
+        self.stage = stage
+        self.secrets: set[str] = set()
+        self._album = album
+        self._status: Optional[Element] = None
+
+    @property
+    def launcher(self) -> Launcher:
+        return self.stage.launcher
+
+    def takes_picture(self, name: str) -> None:
+        self._album.keep(self.stage.display, name)
+
+    def starts_launcher(self) -> None:
+        """The status line is known by what it says first."""
+        self.stage.start_launcher()
+        self._status = self.sees("label", FIRST_STATUS)
+
+    # What the player sees.
+
+    def sees(self, role: str, name: str) -> Element:
+        return until(f"the {role} \"{name}\"", lambda: self.launcher.find(role, name))
+
+    def no_longer_sees(self, role: str, name: str) -> None:
+        until(f"the end of the {role} \"{name}\"", lambda: not self.launcher.find(role, name))
+
+    def status(self) -> str:
+        return self._status.name() if self._status else ""
+
+    def sees_status(self, text: str) -> None:
+        self.sees_status_that(f"the status \"{text}\"", lambda status: status == text)
+
+    def sees_status_that(self, what: str, fits: Callable[[str], bool]) -> str:
+        return until(what, lambda: self.status() if fits(self.status()) else None)
+
+    def sees_in_field(self, name: str, text: str) -> None:
+        field = self.sees("text", name)
+        until(f"\"{text}\" in the field {name}", lambda: field.text() == text)
+
+    def has_focus_in(self, field: Element) -> None:
+        until(f"the focus in {field.name()}", lambda: field.has(FOCUSED))
+
+    def sees_login_form(self) -> None:
+        for role, name in LOGIN_FORM:
+            self.sees(role, name)
+
+    def sees_no_login_form(self) -> None:
+        for role, name in LOGIN_FORM:
+            self.no_longer_sees(role, name)
+
+    # What the player does.
+
+    def clicks(self, element: Element) -> None:
+        self._moves_to(element)
+        self.stage.display.xdotool("click", "1")
+
+    def clicks_button(self, name: str) -> None:
+        self.clicks(self.sees("push button", name))
+
+    def presses(self, *keys: str) -> None:
+        self.stage.display.xdotool("key", "--clearmodifiers", *keys)
+
+    def types(self, text: str) -> None:
+        self.stage.display.xdotool("type", "--delay", "15", "--file", "-", typed=text)
+
+    def types_secret(self, text: str) -> None:
+        self.secrets.add(text)
+        self.types(text)
+
+    def fills_in(self, account: str, password: str) -> None:
+        """Puts both into the login form, in place of what it held."""
+        self._goes_into("Account")
+        self.types(account)
+        self.sees_in_field("Account", account)
+        hidden = self._goes_into("Password")
+        self.types_secret(password)
+        expect("the password in its field", password in hidden.text(), False)
+
+    def logs_in(self, account: str, password: str) -> None:
+        self.stage.game_run.forget()
+        self.fills_in(account, password)
+        self.clicks_button("Play")
+
+    def _goes_into(self, name: str) -> Element:
+        field = self.sees("text", name)
+        self.clicks(field)
+        self.has_focus_in(field)
+        self.presses("ctrl+a", "BackSpace")
+        until(f"an empty field {name}", lambda: not field.text())
+        return field
+
+    def _moves_to(self, element: Element) -> None:
+        expect(f"{element.name()} shows", element.has(SHOWING), True)
+        x, y = element.area().centre()
+        self.stage.display.xdotool("mousemove", "--sync", str(x), str(y))

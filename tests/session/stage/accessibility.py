@@ -1,0 +1,108 @@
+"""The windows as assistive technology sees them, over a private message bus."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Any, Iterator, Optional
+
+import dbus
+import dbus.bus
+
+from .children import Helpers
+from .display import Area
+from .waiting import until
+
+ROOT = "/org/a11y/atspi/accessible/root"
+SPI = "org.a11y.atspi."
+PROPERTIES = "org.freedesktop.DBus.Properties"
+ACTIVE, ENABLED, FOCUSED, SHOWING = 1, 8, 12, 25
+
+
+class Bus:
+    """A session bus with the accessibility bus on it; `environment` names both to programs."""
+
+    def __init__(self, helpers: Helpers, socket: Path, display: dict[str, str]) -> None:
+        address = f"unix:path={socket}"
+        self.environment = {
+            "DBUS_SESSION_BUS_ADDRESS": address,
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={socket.parent}/no-system-bus",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+        helpers.start("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address",
+                              address], more=display)
+        until("the message bus", socket.exists)
+        session = dbus.bus.BusConnection(address)
+        found = session.call_blocking("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
+                                      "GetAddress", "", ())
+        session.close()
+        self._bus = dbus.bus.BusConnection(str(found))
+
+    def close(self) -> None:
+        self._bus.close()
+
+    def elements_of(self, pid: int) -> Iterator[Element]:
+        """Everything in the windows of a process, depth first; what goes meanwhile is left out."""
+        registry = Element(self._bus, SPI + "Registry", ROOT)
+        for application in registry.children():
+            if self._owner(application) == pid:
+                yield from application.below()
+
+    def _owner(self, application: Element) -> Optional[int]:
+        try:
+            return int(self._bus.call_blocking(
+                "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                "GetConnectionUnixProcessID", "s", (application.owner,)))
+        except dbus.DBusException:
+            return None
+
+
+@dataclass(frozen=True)
+class Element:
+    """A part of a window. What it says is asked anew each time; one that is gone says nothing."""
+
+    bus: Any
+    owner: str
+    path: str
+
+    def role(self) -> str:
+        return str(self._ask("Accessible", "GetRoleName") or "")
+
+    def name(self) -> str:
+        return str(self._ask_property("Accessible", "Name") or "")
+
+    def text(self) -> str:
+        """What is in a field."""
+        return str(self._ask("Text", "GetText", "ii", (0, -1)) or "")
+
+    def has(self, state: int) -> bool:
+        states = self._ask("Accessible", "GetState") or (0, 0)
+        return bool(int(states[0]) >> state & 1)
+
+    def area(self) -> Area:
+        """Where it is on the display."""
+        return Area(*(int(number) for number in
+                      self._ask("Component", "GetExtents", "u", (0,)) or (0, 0, 0, 0)))
+
+    def children(self) -> list[Element]:
+        return [Element(self.bus, str(owner), str(path))
+                for owner, path in self._ask("Accessible", "GetChildren") or ()]
+
+    def below(self) -> Iterator[Element]:
+        for child in self.children():
+            yield child
+            yield from child.below()
+
+    def _ask(self, interface: str, what: str, kinds: str = "", arguments: tuple[Any, ...] = ()
+             ) -> Any:
+        try:
+            return self.bus.call_blocking(self.owner, self.path, SPI + interface, what, kinds,
+                                          arguments)
+        except dbus.DBusException:
+            return None
+
+    def _ask_property(self, interface: str, what: str) -> Any:
+        try:
+            return self.bus.call_blocking(self.owner, self.path, PROPERTIES, "Get", "ss",
+                                          (SPI + interface, what))
+        except dbus.DBusException:
+            return None

@@ -1,0 +1,93 @@
+"""A display of the session's own, with a window manager: what is on it, and pictures of it."""
+
+from __future__ import annotations
+
+import os
+import subprocess
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Optional
+
+from .children import Helpers
+from .waiting import until
+
+SIZE = "1280x800x24"
+Colour = tuple[int, int, int]
+
+
+@dataclass(frozen=True)
+class Area:
+    """A rectangle on the display."""
+
+    x: int
+    y: int
+    width: int
+    height: int
+
+    def centre(self) -> tuple[int, int]:
+        return self.x + self.width // 2, self.y + self.height // 2
+
+
+class Display:
+    """An X server that nobody else uses; `environment` names it to programs."""
+
+    def __init__(self, helpers: Helpers) -> None:
+        reading, writing = os.pipe()
+        try:
+            helpers.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", SIZE,
+                                      "-nolisten", "tcp", "-noreset"], passed=[writing])
+            os.close(writing)
+            with open(reading, encoding="ascii", closefd=False) as numbers:
+                number = numbers.readline().strip()
+        finally:
+            os.close(reading)
+        if not number:
+            raise RuntimeError("the display does not start")
+        self.environment = {"DISPLAY": f":{number}", "XDG_SESSION_TYPE": "x11",
+                            "QT_QPA_PLATFORM": "xcb"}
+        self._all = {**os.environ, **self.environment}
+        helpers.start("window-manager", ["openbox"], more=self.environment)
+        until("the window manager", lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
+
+    def windows_of(self, pid: int) -> list[int]:
+        """The windows of a process that are on the screen."""
+        return self._search("--pid", str(pid))
+
+    def windows_named(self, pattern: str) -> list[int]:
+        return self._search("--name", pattern)
+
+    def active_window(self) -> Optional[int]:
+        return self._last_of("_NET_ACTIVE_WINDOW")
+
+    def front_window(self) -> Optional[int]:
+        """The window that no other one covers."""
+        return self._last_of("_NET_CLIENT_LIST_STACKING")
+
+    def xdotool(self, *words: str, typed: Optional[str] = None) -> str:
+        """What is typed goes through a pipe: everyone on the machine sees command lines."""
+        done = subprocess.run(["xdotool", *words], env=self._all, input=typed, text=True,
+                              capture_output=True, check=False)
+        if done.returncode != 0 and done.stderr:
+            raise RuntimeError(f"xdotool {' '.join(words)}: {done.stderr}")
+        return done.stdout
+
+    def save_picture(self, path: Path) -> None:
+        subprocess.run(["import", "-window", "root", str(path)], env=self._all, check=True)
+
+    def colours(self, area: Area) -> list[Colour]:
+        """The pixels of an area, line by line."""
+        crop = f"{area.width}x{area.height}+{area.x}+{area.y}"
+        raw = subprocess.run(["import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-"],
+                             env=self._all, check=True, capture_output=True).stdout
+        return [(raw[i], raw[i + 1], raw[i + 2]) for i in range(0, len(raw), 3)]
+
+    def _search(self, *words: str) -> list[int]:
+        return [int(line) for line in self.xdotool("search", "--onlyvisible", *words).split()]
+
+    def _property(self, name: str) -> str:
+        return subprocess.run(["xprop", "-root", name], env=self._all, check=False, text=True,
+                              capture_output=True).stdout
+
+    def _last_of(self, name: str) -> Optional[int]:
+        last = self._property(name).replace(",", " ").split()[-1]
+        return int(last, 16) if last.startswith("0x") else None

@@ -1,0 +1,30 @@
+"""Waiting for what has to be seen."""
+
+from __future__ import annotations
+
+import time
+from typing import Callable, Optional, TypeVar
+
+Seen = TypeVar("Seen")
+PATIENCE = 40.0
+PAUSE = 0.04
+
+
+class NotSeen(Exception):
+    """What the session waited for and did not see."""
+
+
+def until(what: str, look: Callable[[], Optional[Seen]], seconds: float = PATIENCE) -> Seen:
+    """Looks again and again until there is something to see; raises NotSeen after the seconds."""
+    deadline = time.monotonic() + seconds
+    while True:
+        if seen := look():
+            return seen
+        if time.monotonic() > deadline:
+            raise NotSeen(f"{what} was not seen within {seconds:.0f} seconds")
+        time.sleep(PAUSE)
+
+
+def expect(what: str, seen: object, expected: object) -> None:
+    if seen != expected:
+        raise NotSeen(f"{what}: expected {expected!r}, saw {seen!r}")

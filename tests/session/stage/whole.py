@@ -1,0 +1,131 @@
+"""The whole stage: everything of a session that is not the player."""
+
+from __future__ import annotations
+
+import os
+import shutil
+import subprocess
+import tempfile
+from contextlib import ExitStack
+from pathlib import Path
+from types import TracebackType
+from typing import Any, Optional
+
+from harness import hosts, settings
+from harness.player import Player as Home
+
+from . import children, games, network
+from .accessibility import Bus
+from .children import Helpers
+from .desktop import Desktop
+from .display import Display
+from .launcher import Launcher
+from .waiting import PATIENCE
+
+
+class Hosts(hosts.Hosts):
+    """The local hosts, and whom they let in."""
+
+    def sessions(self) -> list[dict[str, Any]]:
+        answer: list[dict[str, Any]] = self._ask("GET", "/sessions")
+        return answer
+
+    def pid(self) -> int:
+        return self._process.pid
+
+    def asked_for(self) -> list[str]:
+        """Host and path of each request so far."""
+        return [f"{entry['host']}{entry['path']}" for entry in self.requests()]
+
+
+class Stage:
+    """Use it in a `with` statement; at its end nothing of it is left."""
+
+    def __init__(self) -> None:
+        self._closing = ExitStack()
+        self._launchers: list[Launcher] = []
+        # Paths of sockets are short, hence not in a folder of somebody's choice.
+        self.folder = Path(tempfile.mkdtemp(prefix="quellmoor-session-", dir="/tmp"))
+        self._closing.callback(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def __enter__(self) -> Stage:
+        with self._closing:
+            self._set_up()
+            self._closing = self._closing.pop_all()
+        return self
+
+    def __exit__(self, _kind: Optional[type[BaseException]], _error: Optional[BaseException],
+                 _trace: Optional[TracebackType]) -> None:
+        self._closing.close()
+
+    def _set_up(self) -> None:
+        children.adopt_orphans()
+        if network.is_private():
+            network.plug_in()
+        self.home = Home(self.folder / "home")
+        self.logs = self.folder / "logs"
+        self.logs.mkdir()
+        self.helpers = Helpers(self.logs, self.home.environment())
+        self._closing.callback(self.helpers.stop)
+        self.display = Display(self.helpers)
+        self.bus = Bus(self.helpers, self.folder / "bus", self.display.environment)
+        self._closing.callback(self.bus.close)
+        self.desktop = Desktop(self.folder / "desktop")
+        self.version = launcher_version()
+        self.game, self.coming_game = games.make(self.folder, self.version)
+        self.game_run = games.GameRun(self.folder)
+        self.hosts = Hosts(self.folder, {None: self.game.tree, "qa": self.coming_game.tree})
+        self._closing.callback(self.hosts.stop)
+        self._closing.callback(self._end_strays)
+
+    def environment(self) -> dict[str, str]:
+        """What the launcher is started with."""
+        own = {**self.home.environment(), **self.display.environment, **self.bus.environment,
+               **self.desktop.environment, **self.game_run.environment}
+        if os.geteuid() == 0:
+            own["QTWEBENGINE_DISABLE_SANDBOX"] = "1"  # its sandbox refuses to work for root
+        return own
+
+    def start_launcher(self) -> Launcher:
+        launcher = Launcher(self.environment(), self.display, self.bus, self.logs,
+                            len(self._launchers) + 1)
+        self._launchers.append(launcher)
+        return launcher
+
+    def start_second_launcher(self) -> int:
+        """Starts the launcher beside the one that runs; the exit code."""
+        return subprocess.run([str(settings.launcher())], env=self.environment(), check=False,
+                              timeout=PATIENCE, capture_output=True).returncode
+
+    def start_program(self, *command: str) -> None:
+        """Another program on the same display."""
+        self.helpers.start(Path(command[0]).name, command, more=self.display.environment)
+
+    @property
+    def launcher(self) -> Launcher:
+        """The one that was started last."""
+        return self._launchers[-1]
+
+    @property
+    def launchers(self) -> list[Launcher]:
+        return self._launchers
+
+    def strays(self) -> set[int]:
+        """Processes that are left although nobody who started them is."""
+        known = self.helpers.pids | {self.hosts.pid()}
+        for helper in list(known):
+            known |= children.descendants(helper)
+        return children.descendants(os.getpid()) - known
+
+    def _end_strays(self) -> None:
+        self.game_run.end()
+        for launcher in self._launchers:
+            launcher.end()
+        for pid in self.strays():
+            children.end_orphan(pid)
+
+
+def launcher_version() -> str:
+    done = subprocess.run([str(settings.launcher()), "--version"], check=True, text=True,
+                          capture_output=True)
+    return done.stdout.split()[1]
