@@ -25,7 +25,8 @@ public:
     {
         const auto windows = QApplication::topLevelWidgets();
         for (QWidget *window : windows) {
-            if (!window->isVisible())
+            if (!window->isVisible() ||
+                window->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus))
                 continue;
             window->raise();
             window->activateWindow();
