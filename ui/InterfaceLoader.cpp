@@ -2,11 +2,13 @@
 
 #include "ui/CustomSecureTextFieldCell.h"
 #include "ui/CustomTextFieldCell.h"
+#include "ui/CustomTouchBarView.h"
 #include "ui/LauncherView.h"
 #include "ui/NewsView.h"
 #include "ui/PictureView.h"
 #include "ui/RolloverButton.h"
 #include "ui/TextLabel.h"
+#include "ui/TouchBarButton.h"
 #include "ui/VARNOProgressView.h"
 
 #include <QFile>
@@ -25,11 +27,13 @@ InterfaceLoader::InterfaceLoader()
     : m_makers{
           {QStringLiteral("CustomSecureTextFieldCell"), make<CustomSecureTextFieldCell>},
           {QStringLiteral("CustomTextFieldCell"), make<CustomTextFieldCell>},
+          {QStringLiteral("CustomTouchBarView"), make<CustomTouchBarView>},
           {QStringLiteral("LauncherView"), make<LauncherView>},
           {QStringLiteral("NewsView"), make<NewsView>},
           {QStringLiteral("PictureView"), make<PictureView>},
           {QStringLiteral("RolloverButton"), make<RolloverButton>},
           {QStringLiteral("TextLabel"), make<TextLabel>},
+          {QStringLiteral("TouchBarButton"), make<TouchBarButton>},
           {QStringLiteral("VARNOProgressView"), make<VARNOProgressView>},
       }
 {
@@ -48,11 +52,12 @@ QWidget *InterfaceLoader::load(const QString &name)
     return QUiLoader::load(&file);
 }
 
-QList<QObject *> InterfaceLoader::topLevelObjects(QWidget *root)
+QList<QWidget *> InterfaceLoader::topLevelObjects(QWidget *root)
 {
     if (!root)
         return {};
-    return QList<QObject *>{root} + root->children();
+    return QList<QWidget *>{root} +
+           root->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
 }
 
 QWidget *InterfaceLoader::createWidget(const QString &className, QWidget *parent,
