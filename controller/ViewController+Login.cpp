@@ -181,5 +181,3 @@ void ViewController::showTwoStepAuthenticationAlertWith(const QString &text)
                                     self->m_launcherView.passwordField()->stringValue(), token);
         });
 }
-
-void ViewController::textFieldUpdate(const QString &, const QString &) {}

@@ -12,6 +12,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "ui/CustomTouchBarView.h"
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherView.h"
 #include "ui/TextField.h"
@@ -54,6 +55,7 @@ void ViewController::setup()
         m_needDownloadPatcher = true;
     }
     downloadPatcherJSON(m_services.configuration.manifestUrl(currentEnvironment()));
+    setPlayable(false);
     m_launcherView.setPlayButtonEnabled(true);
     if (const auto previousUser = m_services.userDefaults.string(QStringLiteral("prevUser")))
         m_launcherView.accountIDField()->setStringValue(*previousUser);

@@ -2,9 +2,11 @@
 
 #include "model/GameFolder.h"
 #include "patcher/VARNOPatcherDelegate.h"
+#include "platform/TouchBar.h"
 #include "ui/LauncherViewDelegate.h"
 
 #include <QJsonObject>
+#include <QPointer>
 #include <QString>
 
 #include <atomic>
@@ -15,8 +17,10 @@
 
 class ActivationPolicy;
 class AlertPresenter;
+class CustomTouchBarView;
 class HttpClient;
 class LauncherView;
+class QObject;
 class QWidget;
 struct QMetaObject;
 class LocalAuthenticationHandler;
@@ -54,12 +58,14 @@ struct ControllerServices
 //   (+FileCheck.cpp)
 //     -> patcherDidFinish -> checkFiles -> the engine once more, or
 //   launchGame -> hidden while the game runs -> setup again            (+Launch.cpp)
+//   Beside it the Touch Bar, which offers play when the form allows it (+TouchBar.cpp)
 //
 // Lives on the main thread; the functions marked "background" run on global queues and those of
 // VARNOPatcherDelegate wherever the engine calls them. What threads share is guarded by one lock.
 // Make it with std::make_shared: blocks under way hold it.
 class ViewController final : public VARNOPatcherDelegate,
                              public LauncherViewDelegate,
+                             public TouchBarDelegate,
                              public std::enable_shared_from_this<ViewController>
 {
 public:
@@ -115,6 +121,16 @@ public:
     void loginUsername(const QString &username, const QString &password) override;
     void textFieldUpdate(const QString &username, const QString &password) override;
 
+    // What a Touch Bar shows for the launcher. The controller must outlive whoever shows it.
+    [[nodiscard]] TouchBar makeTouchBar();
+    // TouchBarDelegate. Makes the one item, whatever the identifier. Its strip is the one that
+    // follows the login form from then on; an earlier one no longer does.
+    std::unique_ptr<CustomTouchBarItem>
+    touchBarMakeItemForIdentifier(const TouchBar &touchBar, const QString &identifier) override;
+    // Forgets the stored account, so that the next login offers Touch ID again, and tells the
+    // player so. The sender is not looked at.
+    void enableTouchID(QObject *sender);
+
     // VARNOPatcherDelegate
     void patcherUpdateWithMegaByteCount(double megaByteCount, double expectedSize, double speed,
                                         qint64 currentFile, const QString &filename,
@@ -130,6 +146,8 @@ public:
                                                                    const QMetaObject &aClass);
 
     [[nodiscard]] LauncherView &launcherView() const { return m_launcherView; }
+    // Null where no bar was ever asked for an item, and when that item has gone.
+    [[nodiscard]] CustomTouchBarView *touchBarViewOrNil() const;
     [[nodiscard]] std::optional<QString> currentEnvironment() const;
     [[nodiscard]] QJsonObject patcherJson() const;
     [[nodiscard]] std::shared_ptr<VARNOPatcher> patcher() const;
@@ -141,6 +159,7 @@ public:
 private:
     void checkVersions(const QJsonObject &patcherJson);
     void checkAgain();
+    void setPlayable(bool isPlayable);
     void watchNetwork();
     void takeLoginReply(const QJsonObject &reply);
     void loginSucceeded(const QJsonObject &reply);
@@ -152,6 +171,7 @@ private:
     void makeExecutable(const QString &gameExecutable) const;
 
     LauncherView &m_launcherView;
+    QPointer<CustomTouchBarView> m_touchBarViewOrNil;
     const ControllerServices m_services;
     const std::unique_ptr<VARNOPostHelper> m_postHelper;
     std::atomic<bool> m_hasReturnedFromGame = false;
