@@ -25,7 +25,7 @@ public:
     [[nodiscard]] QWidget *load(const QString &name);
 
     // The root and then its direct children, as the file lists them. Empty for null.
-    [[nodiscard]] static QList<QObject *> topLevelObjects(QWidget *root);
+    [[nodiscard]] static QList<QWidget *> topLevelObjects(QWidget *root);
 
     QWidget *createWidget(const QString &className, QWidget *parent, const QString &name) override;
 

@@ -148,6 +148,15 @@ QColor RolloverButton::captionColor() const
     return QColor::fromRgb(m_captionStyle == Link ? Palette::Brass : Palette::Text);
 }
 
+double RolloverButton::captionWidth() const
+{
+    if (m_captionStyle == NoCaption)
+        return 0;
+    const QFont font = captionFont(m_captionStyle);
+    // Letter spacing follows the last letter, too.
+    return QFontMetricsF(font).horizontalAdvance(text()) - font.letterSpacing();
+}
+
 void RolloverButton::paintCaption(QPainter &painter) const
 {
     if (m_captionStyle == NoCaption || text().isEmpty())
@@ -157,9 +166,8 @@ void RolloverButton::paintCaption(QPainter &painter) const
     QRectF area = rect();
     if (m_captionStyle == BelowPicture)
         area.setTop(area.bottom() - CaptionHeight);
-    // The middle of the capitals is what the eye takes for the middle of the text. Letter spacing
-    // follows the last letter, too.
-    const double width = metrics.horizontalAdvance(text()) - font.letterSpacing();
+    // The middle of the capitals is what the eye takes for the middle of the text.
+    const double width = captionWidth();
     const QPointF start(area.center().x() - width / 2,
                         area.center().y() + metrics.capHeight() / 2 + (looksPressed() ? 1 : 0));
 

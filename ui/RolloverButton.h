@@ -49,6 +49,8 @@ public:
     [[nodiscard]] const Picture &normalImage() const { return m_normalImage; }
     [[nodiscard]] const Picture &image() const { return m_image; }
     [[nodiscard]] CaptionStyle captionStyle() const { return m_captionStyle; }
+    // In points; 0 when none is shown.
+    [[nodiscard]] double captionWidth() const;
     [[nodiscard]] QString pictureName() const { return m_image.name(); }
     void setPictureName(const QString &name) { setImage(Picture::named(name)); }
 

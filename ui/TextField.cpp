@@ -45,12 +45,10 @@ QRectF TextField::drawingRectForBounds(const QRectF &bounds) const { return boun
 void TextField::keyPressEvent(QKeyEvent *event)
 {
     QLineEdit::keyPressEvent(event);
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        event->accept();
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         endEditing(TextMovement::Return);
-    } else if (event->key() == Qt::Key_Escape) {
+    else if (event->key() == Qt::Key_Escape)
         endEditing(TextMovement::Cancel);
-    }
 }
 
 void TextField::focusOutEvent(QFocusEvent *event)

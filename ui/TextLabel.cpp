@@ -51,6 +51,8 @@ void TextLabel::setStringValue(const QString &newText)
     if (newText == text())
         return;
     setText(newText);
+    // A tool tip takes what looks like markup for markup.
+    setToolTip(isCut() ? newText.toHtmlEscaped() : QString());
     if (m_announcesChanges)
         announce();
 }
@@ -61,19 +63,23 @@ void TextLabel::setUsesSingleLineMode(bool usesSingleLineMode)
     update();
 }
 
+int TextLabel::room() const
+{
+    return usesSingleLineMode() ? 1 : std::max(1, height() / QFontMetrics(font()).lineSpacing());
+}
+
+bool TextLabel::isCut() const { return broken(text(), font(), width(), wraps()).size() > room(); }
+
 QStringList TextLabel::shownLines() const
 {
-    const QFontMetrics metrics(font());
-    const int room = usesSingleLineMode() ? 1 : std::max(1, height() / metrics.lineSpacing());
     QStringList lines = broken(text(), font(), width(), wraps());
-    const bool isCut = lines.size() > room;
-    if (isCut) {
-        const QString rest = lines.mid(room - 1).join(QLatin1Char(' '));
-        lines = lines.first(room - 1);
+    if (lines.size() > room()) {
+        const QString rest = lines.mid(room() - 1).join(QLatin1Char(' '));
+        lines = lines.first(room() - 1);
         lines += rest;
     }
     if (!lines.isEmpty())
-        lines.last() = metrics.elidedText(lines.last(), Qt::ElideRight, width());
+        lines.last() = QFontMetrics(font()).elidedText(lines.last(), Qt::ElideRight, width());
     return lines;
 }
 
@@ -113,4 +119,5 @@ void TextLabel::announce()
         QAccessibleEvent event(this, type);
         QAccessible::updateAccessibility(&event);
     }
+    emit announced(text());
 }

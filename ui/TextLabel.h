@@ -49,10 +49,17 @@ public:
     // The lines as they are shown, the last one with an ellipsis when there is more.
     [[nodiscard]] QStringList shownLines() const;
 
+signals:
+    // Assistive technology was told this text.
+    void announced(const QString &text);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    // In lines.
+    [[nodiscard]] int room() const;
+    [[nodiscard]] bool isCut() const;
     void announce();
     void paintLines(QPainter &painter, const QRect &area) const;
 

@@ -1,0 +1,282 @@
+#include "TestMain.h"
+#include "TestServer.h"
+#include "ui/NewsPage.h"
+
+#include <QTest>
+#include <QTextBrowser>
+
+namespace {
+
+class RecordingPage final : public NewsPage
+{
+public:
+    RecordingPage(QWidget *parent, QStringList &calls)
+        : m_widget(new QWidget(parent)), m_calls(calls)
+    {
+    }
+    QWidget *widget() override { return m_widget; }
+    void load(const QUrl &url) override { m_calls += QStringLiteral("load ") + url.toString(); }
+    void setDrawsBackground(bool drawsBackground) override
+    {
+        m_calls += drawsBackground ? QStringLiteral("opaque") : QStringLiteral("clear");
+    }
+
+private:
+    QWidget *const m_widget;
+    QStringList &m_calls;
+};
+
+class OneUrlPolicy final : public WebPolicyDelegate
+{
+public:
+    explicit OneUrlPolicy(const QUrl &used) : m_used(used) {}
+    void webViewDecidePolicyForNavigationAction(const QUrl &url,
+                                                DecisionListener &listener) override
+    {
+        asked += url;
+        if (url == m_used)
+            listener.use();
+    }
+    QList<QUrl> asked;
+
+private:
+    const QUrl m_used;
+};
+
+} // namespace
+
+class TestNewsView : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void makesItsPageAfterTheFirstFrameOnly();
+    void makesItsPageEvenWithoutTheKeyboard();
+    void loadsOnlyTheLastUrlThatWasAskedForBefore();
+    void passesLaterWishesOn();
+    void keepsThePageAsLargeAsItself();
+    void refusesEverythingWithoutADelegate();
+
+    void textPageShowsWhatTheHostSends();
+    void textPageTrustsNobodyElse();
+    void textPageAsksBeforeItFollowsALink();
+    void textPageAsksBeforeItFollowsARedirect();
+    void textPageFetchesNothingThatIsNotAllowed();
+    void textPageIsEmptyAfterAFailure();
+    void textPageLoadsNoPictures();
+
+private:
+    // A view over a text page of that server, shown; only its "/launcher/" is allowed.
+    struct TextView
+    {
+        explicit TextView(const TestServer &server,
+                          const QString &authorityFile = Certificates::shared().authorityFile())
+            : policy(server.url("/launcher/"))
+        {
+            view.setPageFactory(makeTextNewsPage);
+            view.setExtraCertificateFile(authorityFile);
+            view.setPolicyDelegate(&policy);
+            view.resize(400, 300);
+            view.load(server.url("/launcher/"));
+            view.show();
+            view.activateWindow();
+        }
+        [[nodiscard]] QString text() const
+        {
+            const auto *browser = view.findChild<QTextBrowser *>();
+            return browser ? browser->toPlainText() : QStringLiteral("no browser");
+        }
+
+        OneUrlPolicy policy;
+        NewsView view;
+    };
+
+    static TestReply html(const QByteArray &body)
+    {
+        return TestReply::whole(body, 200, {{"Content-Type", "text/html; charset=utf-8"}});
+    }
+};
+
+void TestNewsView::makesItsPageAfterTheFirstFrameOnly()
+{
+    QStringList calls;
+    NewsView view;
+    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+        return std::make_unique<RecordingPage>(parent, calls);
+    });
+    view.load(QUrl(QStringLiteral("https://a.test/")));
+    view.setDrawsBackground(false);
+    QCOMPARE(calls, QStringList());
+    view.show();
+    QCOMPARE(calls, QStringList());
+    view.activateWindow();
+    QTRY_COMPARE(calls,
+                 (QStringList{QStringLiteral("clear"), QStringLiteral("load https://a.test/")}));
+}
+
+void TestNewsView::makesItsPageEvenWithoutTheKeyboard()
+{
+    QStringList calls;
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    NewsView view;
+    view.setAttribute(Qt::WA_ShowWithoutActivating);
+    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+        return std::make_unique<RecordingPage>(parent, calls);
+    });
+    view.load(QUrl(QStringLiteral("https://a.test/")));
+    view.show();
+    QTRY_COMPARE(calls.size(), 2);
+}
+
+void TestNewsView::loadsOnlyTheLastUrlThatWasAskedForBefore()
+{
+    QStringList calls;
+    NewsView view;
+    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+        return std::make_unique<RecordingPage>(parent, calls);
+    });
+    view.load(QUrl(QStringLiteral("https://a.test/")));
+    view.load(QUrl(QStringLiteral("https://b.test/")));
+    view.show();
+    view.activateWindow();
+    QTRY_COMPARE(calls,
+                 (QStringList{QStringLiteral("opaque"), QStringLiteral("load https://b.test/")}));
+}
+
+void TestNewsView::passesLaterWishesOn()
+{
+    QStringList calls;
+    NewsView view;
+    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+        return std::make_unique<RecordingPage>(parent, calls);
+    });
+    view.show();
+    view.activateWindow();
+    QTRY_VERIFY(view.page());
+    calls.clear();
+    view.load(QUrl(QStringLiteral("https://a.test/")));
+    view.setDrawsBackground(false);
+    QCOMPARE(calls, (QStringList{QStringLiteral("load https://a.test/"), QStringLiteral("clear")}));
+}
+
+void TestNewsView::keepsThePageAsLargeAsItself()
+{
+    QStringList calls;
+    NewsView view;
+    view.resize(300, 200);
+    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+        return std::make_unique<RecordingPage>(parent, calls);
+    });
+    view.show();
+    view.activateWindow();
+    QTRY_VERIFY(view.page());
+    QCOMPARE(view.page()->widget()->geometry(), QRect(0, 0, 300, 200));
+    view.resize(400, 250);
+    QCOMPARE(view.page()->widget()->geometry(), QRect(0, 0, 400, 250));
+}
+
+void TestNewsView::refusesEverythingWithoutADelegate()
+{
+    QStringList calls;
+    NewsView::Policy policy;
+    NewsView view;
+    view.setPageFactory([&](QWidget *parent, const QString &, const NewsView::Policy &given) {
+        policy = given;
+        return std::make_unique<RecordingPage>(parent, calls);
+    });
+    view.show();
+    view.activateWindow();
+    QTRY_VERIFY(view.page());
+    const QUrl url(QStringLiteral("https://a.test/"));
+    QVERIFY(!policy(url));
+    OneUrlPolicy delegate(url);
+    view.setPolicyDelegate(&delegate);
+    QVERIFY(policy(url));
+    view.setPolicyDelegate(nullptr);
+    QVERIFY(!policy(url));
+}
+
+void TestNewsView::textPageShowsWhatTheHostSends()
+{
+    TestServer server;
+    server.route("/launcher/", html("<h1>News</h1><p>Gr\xc3\xbc\xc3\x9f"
+                                    "e</p><script>document.write('x')</script>"));
+    const TextView view(server);
+    QTRY_COMPARE(view.text(), QStringLiteral("News\nGr\u00fc\u00dfe"));
+}
+
+void TestNewsView::textPageTrustsNobodyElse()
+{
+    TestServer server;
+    server.route("/launcher/", html("<p>News</p>"));
+    const TextView view(server, QString());
+    QTRY_COMPARE(view.text(), QString());
+    QCOMPARE(server.requestCount("/launcher/"), 0);
+}
+
+void TestNewsView::textPageAsksBeforeItFollowsALink()
+{
+    TestServer server;
+    server.route("/launcher/", html("<a href=\"/elsewhere\">more</a>"));
+    TextView view(server);
+    QTRY_COMPARE(view.text(), QStringLiteral("more"));
+    emit view.view.findChild<QTextBrowser *>()->anchorClicked(QUrl(QStringLiteral("/elsewhere")));
+    QCOMPARE(view.policy.asked.last(), server.url("/elsewhere"));
+    QCOMPARE(view.text(), QStringLiteral("more"));
+    QCOMPARE(server.requestCount("/elsewhere"), 0);
+}
+
+void TestNewsView::textPageAsksBeforeItFollowsARedirect()
+{
+    TestServer server;
+    server.route("/launcher/", TestReply::redirect(server.url("/elsewhere")));
+    server.route("/elsewhere", html("<p>Elsewhere</p>"));
+    const TextView view(server);
+    QTRY_COMPARE(view.policy.asked.size(), 2);
+    QCOMPARE(view.policy.asked.last(), server.url("/elsewhere"));
+    QCOMPARE(view.text(), QString());
+    QCOMPARE(server.requestCount("/elsewhere"), 0);
+}
+
+void TestNewsView::textPageFetchesNothingThatIsNotAllowed()
+{
+    TestServer server;
+    server.route("/launcher/", html("<p>News</p>"));
+    TextView view(server);
+    QTRY_COMPARE(view.text(), QStringLiteral("News"));
+    view.view.load(server.url("/elsewhere"));
+    QCOMPARE(view.policy.asked.last(), server.url("/elsewhere"));
+    view.view.load(server.url("/launcher/"));
+    QVERIFY(server.waitForRequests(2));
+    QCOMPARE(server.requestCount("/elsewhere"), 0);
+}
+
+void TestNewsView::textPageIsEmptyAfterAFailure()
+{
+    TestServer server;
+    server.route("/launcher/", html("<p>News</p>"));
+    TextView view(server);
+    QTRY_COMPARE(view.text(), QStringLiteral("News"));
+    server.route("/launcher/", TestReply({TestReply::Reset{}}));
+    view.view.load(server.url("/launcher/"));
+    QTRY_COMPARE(view.text(), QString());
+}
+
+void TestNewsView::textPageLoadsNoPictures()
+{
+    TestServer server;
+    server.route("/launcher/", html("<p>News</p><img src=\"/picture.png\">"
+                                    "<img src=\"file:///etc/hostname\">"));
+    TextView view(server);
+    QTRY_VERIFY(view.text().startsWith(QStringLiteral("News")));
+    view.view.grab();
+    view.view.load(server.url("/launcher/"));
+    QVERIFY(server.waitForRequests(2));
+    QCOMPARE(server.requestCount("/picture.png"), 0);
+}
+
+QUELLMOOR_TEST(TestNewsView, "NewsView")
+#include "tst_NewsView.moc"

@@ -1,0 +1,241 @@
+#include "LogCapture.h"
+#include "TestMain.h"
+#include "TestServer.h"
+#include "ui/NewsPage.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
+#include <QWebEngineSettings>
+#include <QWebEngineView>
+
+namespace {
+
+constexpr int Patience = 60000;
+
+TestReply html(const QByteArray &body)
+{
+    return TestReply::whole(body, 200, {{"Content-Type", "text/html; charset=utf-8"}});
+}
+
+} // namespace
+
+// With the real engine and its processes.
+class TestWebNewsPage : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void showsWhatTheHostSends();
+    void trustsOnlyWhomItShould_data();
+    void trustsOnlyWhomItShould();
+    void putsEveryNavigationToThePolicy_data();
+    void putsEveryNavigationToThePolicy();
+    void putsARedirectToThePolicy();
+    void loadsAnewWhatAWindowWasToShow();
+    void keepsNothingOnTheDisk();
+    void refusesWhatPagesLikeToHave_data();
+    void refusesWhatPagesLikeToHave();
+    void isTransparentWhenAsked();
+    void survivesTheEndOfItsProcess();
+
+private:
+    // A page of one server in a window of its own. The policy allows what the test says, by default
+    // the page "/launcher/" only.
+    struct World
+    {
+        explicit World(TestServer &pages,
+                       const QString &authorityFile = Certificates::shared().authorityFile())
+            : server(pages), page(makeWebNewsPage(&window, authorityFile, [this](const QUrl &url) {
+                  asked += url;
+                  return allowsAll || url == server.url("/launcher/");
+              }))
+        {
+            window.resize(400, 300);
+            page->widget()->resize(400, 300);
+            window.show();
+        }
+
+        void load(const QByteArray &body)
+        {
+            server.route("/launcher/", html("<title>ready</title>" + body));
+            page->load(server.url("/launcher/"));
+            QTRY_COMPARE_WITH_TIMEOUT(view().title(), QStringLiteral("ready"), Patience);
+        }
+        [[nodiscard]] QWebEngineView &view() const
+        {
+            return *qobject_cast<QWebEngineView *>(page->widget());
+        }
+        // The value of the script, or nothing when it took too long.
+        [[nodiscard]] QVariant run(const QString &script) const
+        {
+            std::optional<QVariant> result;
+            view().page()->runJavaScript(script, [&](const QVariant &value) { result = value; });
+            const bool isDone = QTest::qWaitFor([&] { return result.has_value(); }, Patience);
+            return isDone ? *result : QVariant();
+        }
+
+        TestServer &server;
+        QList<QUrl> asked;
+        bool allowsAll = false;
+        QWidget window;
+        std::unique_ptr<NewsPage> page;
+    };
+};
+
+void TestWebNewsPage::showsWhatTheHostSends()
+{
+    TestServer server;
+    World world(server);
+    world.load("<p id=\"p\">News</p>");
+    QCOMPARE(world.run(QStringLiteral("document.getElementById('p').textContent")).toString(),
+             QStringLiteral("News"));
+    QCOMPARE(world.asked, QList{server.url("/launcher/")});
+}
+
+void TestWebNewsPage::trustsOnlyWhomItShould_data()
+{
+    const Certificates &certificates = Certificates::shared();
+    QTest::addColumn<QString>("certificate");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("authority");
+    QTest::newRow("unknown authority") << certificates.localhost().certificateFile
+                                       << certificates.localhost().keyFile << QString();
+    QTest::newRow("another host") << certificates.otherHost().certificateFile
+                                  << certificates.otherHost().keyFile
+                                  << certificates.authorityFile();
+    QTest::newRow("expired") << certificates.expired().certificateFile
+                             << certificates.expired().keyFile << certificates.authorityFile();
+}
+
+void TestWebNewsPage::trustsOnlyWhomItShould()
+{
+    QFETCH(QString, certificate);
+    QFETCH(QString, key);
+    QFETCH(QString, authority);
+    TestServer server(Certificates::Identity{certificate, key});
+    server.route("/launcher/", html("<title>ready</title>"));
+    World world(server, authority);
+    QSignalSpy finished(world.view().page(), &QWebEnginePage::loadFinished);
+    world.page->load(server.url("/launcher/"));
+    QVERIFY(finished.wait(Patience));
+    QCOMPARE(finished.first().first().toBool(), false);
+    QCOMPARE(server.requests().size(), 0);
+}
+
+void TestWebNewsPage::putsEveryNavigationToThePolicy_data()
+{
+    QTest::addColumn<QString>("script");
+    const std::pair<const char *, const char *> rows[] = {
+        {"link", "document.getElementById('a').click()"},
+        {"link to a new window", "document.getElementById('b').click()"},
+        {"location", "location.href = '/elsewhere'"},
+        {"replaced location", "location.replace('/elsewhere')"},
+        {"new window", "window.open('/elsewhere')"},
+        {"form", "document.getElementById('f').submit()"},
+        {"frame", "var f = document.createElement('iframe'); f.src = '/elsewhere';"
+                  "document.body.appendChild(f)"},
+    };
+    for (const auto &[name, script] : rows)
+        QTest::newRow(name) << QString::fromLatin1(script);
+}
+
+void TestWebNewsPage::putsEveryNavigationToThePolicy()
+{
+    QFETCH(QString, script);
+    TestServer server;
+    server.route("/elsewhere", html("<title>elsewhere</title>"));
+    World world(server);
+    world.view().page()->settings()->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows,
+                                                  true);
+    world.load("<a id=a href=/elsewhere>a</a> <a id=b target=_blank href=/elsewhere>b</a>"
+               "<form id=f method=post action=/elsewhere></form>");
+    world.view().page()->runJavaScript(script);
+    QTRY_COMPARE_WITH_TIMEOUT(world.asked.size(), 2, Patience);
+    QCOMPARE(world.asked.last(), server.url("/elsewhere"));
+    QCOMPARE(world.run(QStringLiteral("location.pathname")).toString(),
+             QStringLiteral("/launcher/"));
+    QCOMPARE(server.requestCount("/elsewhere"), 0);
+}
+
+void TestWebNewsPage::putsARedirectToThePolicy()
+{
+    TestServer server;
+    server.route("/launcher/", TestReply::redirect(server.url("/elsewhere")));
+    server.route("/elsewhere", html("<title>elsewhere</title>"));
+    World world(server);
+    world.page->load(server.url("/launcher/"));
+    QTRY_COMPARE_WITH_TIMEOUT(world.asked.size(), 2, Patience);
+    QCOMPARE(world.asked.last(), server.url("/elsewhere"));
+    world.load("<p>News</p>");
+    QCOMPARE(server.requestCount("/elsewhere"), 0);
+}
+
+void TestWebNewsPage::loadsAnewWhatAWindowWasToShow()
+{
+    TestServer server;
+    World world(server);
+    world.load("<a id=a target=_blank href=/launcher/>a</a>");
+    world.view().page()->runJavaScript(QStringLiteral("document.getElementById('a').click()"));
+    QVERIFY(server.waitForRequests(2, std::chrono::milliseconds(Patience)));
+    QCOMPARE(server.requestCount("/launcher/"), 2);
+}
+
+void TestWebNewsPage::keepsNothingOnTheDisk()
+{
+    TestServer server;
+    World world(server);
+    world.load("");
+    QVERIFY(world.view().page()->profile()->isOffTheRecord());
+}
+
+void TestWebNewsPage::refusesWhatPagesLikeToHave_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QVariant>("answer");
+    QTest::newRow("dialogs") << QStringLiteral("alert('x'); confirm('y')") << QVariant(false);
+    QTest::newRow("answers") << QStringLiteral("prompt('x') === null") << QVariant(true);
+    QTest::newRow("full screen") << QStringLiteral("document.fullscreenEnabled") << QVariant(false);
+    QTest::newRow("notifications")
+        << QStringLiteral("Notification.permission") << QVariant(QStringLiteral("denied"));
+    QTest::newRow("printing") << QStringLiteral("window.print(); 1") << QVariant(1);
+}
+
+void TestWebNewsPage::refusesWhatPagesLikeToHave()
+{
+    QFETCH(QString, script);
+    TestServer server;
+    World world(server);
+    world.load("");
+    QTEST(world.run(script), "answer");
+}
+
+void TestWebNewsPage::isTransparentWhenAsked()
+{
+    TestServer server;
+    World world(server);
+    world.page->setDrawsBackground(false);
+    QCOMPARE(world.view().page()->backgroundColor().alpha(), 0);
+    world.page->setDrawsBackground(true);
+    QCOMPARE(world.view().page()->backgroundColor().alpha(), 255);
+}
+
+void TestWebNewsPage::survivesTheEndOfItsProcess()
+{
+    const LogCapture log;
+    TestServer server;
+    World world(server);
+    world.load("<p>News</p>");
+    world.allowsAll = true;
+    world.page->load(QUrl(QStringLiteral("chrome://crash")));
+    QTRY_VERIFY_WITH_TIMEOUT(world.page->widget()->isHidden(), Patience);
+    QVERIFY(log.lines().last().contains(QStringLiteral("The news page's process ended")));
+    world.load("<p id=p>News again</p>");
+    QVERIFY(!world.page->widget()->isHidden());
+    QCOMPARE(world.run(QStringLiteral("document.getElementById('p').textContent")).toString(),
+             QStringLiteral("News again"));
+}
+
+QUELLMOOR_TEST(TestWebNewsPage, "WebNewsPage")
+#include "tst_WebNewsPage.moc"
