@@ -1,21 +1,28 @@
 #include "app/WindowApplication.h"
 
 #include "account/LocalAuthenticationHandler.h"
+#include "app/Diagnostics.h"
+#include "app/RecentLog.h"
 #include "platform/ActivationPolicy.h"
+#include "platform/Alerts.h"
 #include "platform/BiometricContext.h"
 #include "platform/DispatchQueue.h"
 #include "platform/HttpClient.h"
 #include "platform/ReachabilitySource.h"
 #include "platform/Workspace.h"
 #include "ui/InterfaceLoader.h"
+#include "ui/LauncherMenu.h"
 #include "ui/LauncherView.h"
 
 #include <QApplication>
+#include <QClipboard>
 
 namespace {
 
 // The content view gives the window its size.
 constexpr QRect AnyFrame(0, 0, 1, 1);
+// The lowest part of the window is the shadow of its artwork.
+constexpr int TouchBarGap = -14;
 
 void terminate()
 {
@@ -24,14 +31,15 @@ void terminate()
 
 } // namespace
 
-WindowApplication::WindowApplication(const Configuration &configuration)
+WindowApplication::WindowApplication(const Configuration &configuration, const RecentLog &recentLog)
     : m_configuration(configuration),
+      m_recentLog(recentLog),
       m_userDefaults(configuration.settingsFile()),
       m_httpClient(makeHttpClient(configuration.extraCertificateFile)),
       m_workspace(makeWorkspace()),
       m_activationPolicy(makeActivationPolicy()),
       m_reachability(makeReachabilityService()),
-      m_biometrics(makeBiometricContext()),
+      m_biometrics(makeBiometricContext(&m_fingerprintPrompt)),
       m_window(AnyFrame),
       m_view(loadView())
 {
@@ -39,6 +47,7 @@ WindowApplication::WindowApplication(const Configuration &configuration)
         *m_biometrics, m_userDefaults, m_alertPresenter));
     m_window.setContentView(&m_view);
     m_alertPresenter.setWindow(&m_window);
+    m_fingerprintPrompt.setWindow(&m_window);
     m_view.setServices({m_configuration, *m_httpClient, *m_workspace, m_alertPresenter,
                         LocalAuthenticationHandler::shared(), terminate});
     m_view.awakeFromNib();
@@ -46,6 +55,7 @@ WindowApplication::WindowApplication(const Configuration &configuration)
         m_view, ControllerServices{m_configuration, *m_httpClient, m_userDefaults, *m_workspace,
                                    *m_activationPolicy, m_alertPresenter,
                                    LocalAuthenticationHandler::shared(), m_timer, *m_reachability});
+    makeMenu();
 }
 
 WindowApplication::~WindowApplication()
@@ -63,12 +73,42 @@ LauncherView &WindowApplication::loadView()
     return static_cast<LauncherView &>(*view.release()); // the window owns it from now on
 }
 
+void WindowApplication::makeMenu()
+{
+    const auto *menu = new LauncherMenu(&m_window);
+    QObject::connect(menu, &LauncherMenu::minimiseChosen, &m_view,
+                     [this] { m_view.minimizePressed(nullptr); });
+    QObject::connect(menu, &LauncherMenu::resetFingerprintLoginChosen, &m_view,
+                     [this] { m_controller->enableTouchID(nullptr); });
+    QObject::connect(menu, &LauncherMenu::copyDiagnosticsChosen, &m_view,
+                     [this] { copyDiagnostics(); });
+    QObject::connect(menu, &LauncherMenu::quitChosen, &m_view,
+                     [this] { m_view.closePressed(nullptr); });
+}
+
+void WindowApplication::copyDiagnostics()
+{
+    QApplication::clipboard()->setText(Diagnostics::text(m_configuration, m_recentLog.lines()));
+    Alert alert;
+    alert.messageText = Alerts::tr("Diagnostics Copied");
+    alert.informativeText = Alerts::tr("They are on the clipboard. Paste them into your message to "
+                                       "support.");
+    alert.buttons = {Alerts::tr("Close")};
+    m_alertPresenter.runModal(alert);
+}
+
 void WindowApplication::start()
 {
     m_controller->viewDidLoad();
     m_window.center();
     m_window.show();
     m_controller->viewDidAppear();
+}
+
+void WindowApplication::showTouchBar()
+{
+    m_touchBarHost = makeTouchBarHost(m_window, TouchBarGap);
+    m_touchBarHost->setTouchBar(m_controller->makeTouchBar());
 }
 
 void WindowApplication::comeForward()
@@ -79,6 +119,7 @@ void WindowApplication::comeForward()
 
 void WindowApplication::stop()
 {
+    m_touchBarHost.reset();
     m_controller->viewWillDisappear();
     m_window.hide();
     m_userDefaults.synchronize();

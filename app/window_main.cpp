@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/Application.h"
+#include "app/RecentLog.h"
 #include "app/SingleInstance.h"
 #include "app/WindowApplication.h"
 #include "platform/SharedApplication.h"
@@ -34,6 +35,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
         return Application::UsageMistake;
     }
+    const RecentLog recentLog;
     Application::name();
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
@@ -45,9 +47,11 @@ int main(int argc, char **argv)
         return 0;
     const auto sharedApplication = makeSharedApplication();
     AppDelegate appDelegate(*sharedApplication);
-    WindowApplication window(configuration);
+    WindowApplication window(configuration, recentLog);
     instance.setComeForward([&window] { window.comeForward(); });
     window.start();
+    if (commandLine.showsTouchBar)
+        window.showTouchBar();
     appDelegate.applicationDidFinishLaunching();
     const int exitCode = QApplication::exec();
     window.stop();
