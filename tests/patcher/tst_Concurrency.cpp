@@ -85,7 +85,7 @@ void TestConcurrency::finishesEachOfManyTinyRunsOnce()
         };
         engine.enqueue(0, count);
         engine.patcher->start();
-        if (!lastReport.wait())
+        if (!lastReport.wait() || !client.waitUntilSilent())
             faults += u"run %1 does not end"_s.arg(run);
         TestEngine::waitForWrites();
         if (engine.delegate->finishCount() != 1)
@@ -112,7 +112,7 @@ void TestConcurrency::runsAgainFromWithinTheFinish()
         engine.patcher->start();
     };
     engine.patcher->start();
-    QVERIFY(lastRun.wait());
+    QVERIFY(lastRun.wait() && client.waitUntilSilent());
     TestEngine::waitForWrites();
     QStringList wrong;
     for (int i = 0; i < files.size(); ++i) {
@@ -234,7 +234,7 @@ void TestConcurrency::answersOtherThreadsDuringARun()
         }
     });
     engine.patcher->start();
-    const bool hasEnded = end.wait();
+    const bool hasEnded = end.wait() && client.waitUntilSilent();
     TestEngine::waitForWrites();
     isOver = true;
     reader.join();
@@ -258,7 +258,7 @@ void TestConcurrency::endsAfterItsLastWorkWhenNobodyHoldsIt()
         engine->enqueue(0, 3);
         engine->patcher->start();
         engine.reset();
-        if (!lastReport.wait())
+        if (!lastReport.wait() || !client.waitUntilSilent())
             faults += u"run %1 does not end"_s.arg(run);
         TestEngine::waitForWrites();
         if (!QTest::qWaitFor([&observed] { return observed.expired(); }, TestEngine::Limit))

@@ -1,6 +1,7 @@
 #include "SelfServingHttpClient.h"
 
 #include <algorithm>
+#include <chrono>
 
 SelfServingHttpClient::SelfServingHttpClient(Answer answer) : m_answer(std::move(answer))
 {
@@ -39,6 +40,8 @@ void SelfServingHttpClient::begin(const std::shared_ptr<FakeConnection> &connect
 std::shared_ptr<FakeConnection> SelfServingHttpClient::takeReady()
 {
     std::unique_lock lock(m_mutex);
+    m_isServing = false;
+    m_changed.notify_all();
     std::shared_ptr<FakeConnection> ready;
     m_changed.wait(lock, [this, &ready] {
         const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
@@ -49,7 +52,15 @@ std::shared_ptr<FakeConnection> SelfServingHttpClient::takeReady()
         }
         return ready || m_isEnding;
     });
+    m_isServing = ready != nullptr;
     return ready;
+}
+
+bool SelfServingHttpClient::waitUntilSilent()
+{
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::minutes(1),
+                              [this] { return m_waiting.empty() && !m_isServing; });
 }
 
 void SelfServingHttpClient::run()

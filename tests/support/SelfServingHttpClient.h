@@ -20,6 +20,9 @@ public:
     SelfServingHttpClient(const SelfServingHttpClient &) = delete;
     SelfServingHttpClient &operator=(const SelfServingHttpClient &) = delete;
 
+    // Until it has said everything about the exchanges begun so far. False when that takes too
+    // long.
+    [[nodiscard]] bool waitUntilSilent();
     // The most exchanges that were ever under way at once.
     [[nodiscard]] int mostAtOnce() const { return m_mostAtOnce; }
     [[nodiscard]] int pauseCount() const { return m_pauseCount; }
@@ -34,6 +37,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<std::shared_ptr<FakeConnection>> m_waiting;
+    bool m_isServing = false;
     bool m_isEnding = false;
     std::atomic<int> m_atOnce = 0;
     std::atomic<int> m_mostAtOnce = 0;
