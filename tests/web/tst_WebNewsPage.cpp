@@ -3,8 +3,11 @@
 #include "TestServer.h"
 #include "ui/NewsPage.h"
 
+#include <QDir>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTest>
+#include <QWebEngineDownloadRequest>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineSettings>
@@ -37,6 +40,8 @@ private slots:
     void keepsNothingOnTheDisk();
     void refusesWhatPagesLikeToHave_data();
     void refusesWhatPagesLikeToHave();
+    void refusesPermissions();
+    void refusesDownloads();
     void isTransparentWhenAsked();
     void survivesTheEndOfItsProcess();
 
@@ -57,11 +62,13 @@ private:
             window.show();
         }
 
+        // Waits until the page with that body is there.
         void load(const QByteArray &body)
         {
-            server.route("/launcher/", html("<title>ready</title>" + body));
+            const QByteArray title = "page " + QByteArray::number(++loads);
+            server.route("/launcher/", html("<title>" + title + "</title>" + body));
             page->load(server.url("/launcher/"));
-            QTRY_COMPARE_WITH_TIMEOUT(view().title(), QStringLiteral("ready"), Patience);
+            QTRY_COMPARE_WITH_TIMEOUT(view().title(), QString::fromLatin1(title), Patience);
         }
         [[nodiscard]] QWebEngineView &view() const
         {
@@ -79,6 +86,7 @@ private:
         TestServer &server;
         QList<QUrl> asked;
         bool allowsAll = false;
+        int loads = 0;
         QWidget window;
         std::unique_ptr<NewsPage> page;
     };
@@ -178,8 +186,7 @@ void TestWebNewsPage::loadsAnewWhatAWindowWasToShow()
     World world(server);
     world.load("<a id=a target=_blank href=/launcher/>a</a>");
     world.view().page()->runJavaScript(QStringLiteral("document.getElementById('a').click()"));
-    QVERIFY(server.waitForRequests(2, std::chrono::milliseconds(Patience)));
-    QCOMPARE(server.requestCount("/launcher/"), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(server.requestCount("/launcher/"), 2, Patience);
 }
 
 void TestWebNewsPage::keepsNothingOnTheDisk()
@@ -197,8 +204,6 @@ void TestWebNewsPage::refusesWhatPagesLikeToHave_data()
     QTest::newRow("dialogs") << QStringLiteral("alert('x'); confirm('y')") << QVariant(false);
     QTest::newRow("answers") << QStringLiteral("prompt('x') === null") << QVariant(true);
     QTest::newRow("full screen") << QStringLiteral("document.fullscreenEnabled") << QVariant(false);
-    QTest::newRow("notifications")
-        << QStringLiteral("Notification.permission") << QVariant(QStringLiteral("denied"));
     QTest::newRow("printing") << QStringLiteral("window.print(); 1") << QVariant(1);
 }
 
@@ -209,6 +214,35 @@ void TestWebNewsPage::refusesWhatPagesLikeToHave()
     World world(server);
     world.load("");
     QTEST(world.run(script), "answer");
+}
+
+void TestWebNewsPage::refusesPermissions()
+{
+    TestServer server;
+    World world(server);
+    world.load("");
+    QCOMPARE(world.run(QStringLiteral("isSecureContext")), QVariant(true));
+    world.view().page()->runJavaScript(
+        QStringLiteral("navigator.geolocation.getCurrentPosition("
+                       "() => { document.title = 'given' },"
+                       "error => { document.title = 'refused ' + error.code })"));
+    QTRY_COMPARE_WITH_TIMEOUT(world.view().title(), QStringLiteral("refused 1"), Patience);
+}
+
+void TestWebNewsPage::refusesDownloads()
+{
+    TestServer server;
+    World world(server);
+    QSignalSpy requested(world.view().page()->profile(), &QWebEngineProfile::downloadRequested);
+    server.route("/launcher/",
+                 TestReply::whole(QByteArray(100000, 'x'), 200,
+                                  {{"Content-Disposition", "attachment; filename=\"news.bin\""}}));
+    world.page->load(server.url("/launcher/"));
+    QTRY_COMPARE_WITH_TIMEOUT(requested.count(), 1, Patience);
+    world.load("");
+    const QDir downloads(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation));
+    QCOMPARE(downloads.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList());
 }
 
 void TestWebNewsPage::isTransparentWhenAsked()
