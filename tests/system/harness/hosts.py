@@ -9,7 +9,7 @@ import ssl
 import subprocess
 import sys
 from pathlib import Path
-from typing import Any, Mapping, Optional
+from typing import Any, Mapping, Optional, Sequence
 
 from . import isolation, settings
 
@@ -21,13 +21,13 @@ class Hosts:
     """One run of the local hosts; `trees` names the tree of each environment."""
 
     def __init__(self, folder: Path, trees: Mapping[Optional[str], Path],
-                 is_trusted: bool = True) -> None:
+                 is_trusted: bool = True, options: Sequence[str] = ()) -> None:
         self._state = folder / ("hosts" if is_trusted else "strange-hosts")
         self._state.mkdir()
         if is_trusted:
             _copy_authority(self._state)
         self._command = [sys.executable, str(settings.TOOLS / "localhosts"), "--quiet",
-                         "--port", str(settings.port()), "--state", str(self._state)]
+                         "--port", str(settings.port()), "--state", str(self._state), *options]
         for environment, tree in trees.items():
             self._command += (["--tree", str(tree)] if environment is None
                               else ["--tree-for", f"{environment}={tree}"])
