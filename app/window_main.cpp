@@ -2,6 +2,7 @@
 #include "app/Application.h"
 #include "app/RecentLog.h"
 #include "app/SingleInstance.h"
+#include "app/Translations.h"
 #include "app/WindowApplication.h"
 #include "platform/SharedApplication.h"
 
@@ -38,6 +39,7 @@ int main(int argc, char **argv)
     const RecentLog recentLog;
     Application::name();
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
+    const Translations translations(QLocale::system().uiLanguages());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
     QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets, !hasGraphicsInterface());
 

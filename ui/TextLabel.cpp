@@ -87,6 +87,8 @@ void TextLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setFont(font());
+    // A text from a server runs in the direction of its script, whatever the window's is.
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     // A dark rim, because the text stands on a picture.
     painter.setPen(QColor(5, 9, 10, 150));
     for (const QPoint offset : {QPoint(0, 1), QPoint(1, 0), QPoint(-1, 0), QPoint(0, -1)})
