@@ -20,10 +20,23 @@ namespace {
 const auto ManagerPath = QStringLiteral("/net/reactivated/Fprint/Manager");
 const auto ManagerInterface = QStringLiteral("net.reactivated.Fprint.Manager");
 const auto DeviceInterface = QStringLiteral("net.reactivated.Fprint.Device");
+const auto ObjectsPath = QStringLiteral("/net/reactivated/Fprint");
+const auto ObjectsInterface = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const auto BusName = QStringLiteral("org.freedesktop.DBus");
 const auto BusPath = QStringLiteral("/org/freedesktop/DBus");
 const auto LocalPath = QStringLiteral("/org/freedesktop/DBus/Local");
 const auto LocalInterface = QStringLiteral("org.freedesktop.DBus.Local");
+
+std::shared_ptr<DispatchQueue> anyThread()
+{
+    return DispatchQueue::global(DispatchQueue::QualityOfService::High);
+}
+
+// Whoever disconnects waits for whoever connects at that time.
+void closeConnection(const QString &connectionName)
+{
+    anyThread()->async([connectionName] { QDBusConnection::disconnectFromBus(connectionName); });
+}
 
 QString nextConnectionName()
 {
@@ -60,21 +73,20 @@ void FprintBus::open()
         return;
     m_isOpening = true;
     // A bus that hangs holds whoever connects, and so does the first watcher.
-    DispatchQueue::global(DispatchQueue::QualityOfService::High)
-        ->async([name = nextConnectionName(), self = QPointer(this)] {
-            const auto connection = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
-            std::shared_ptr<QDBusServiceWatcher> watcher;
-            if (connection.isConnected()) {
-                watcher = std::make_shared<QDBusServiceWatcher>(Service, connection);
-                watcher->moveToThread(QCoreApplication::instance()->thread());
-            }
-            DispatchQueue::main()->async([connection, watcher, self] {
-                if (self)
-                    self->take(connection, watcher);
-                else
-                    QDBusConnection::disconnectFromBus(connection.name());
-            });
+    anyThread()->async([name = nextConnectionName(), self = QPointer(this)] {
+        const auto connection = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
+        std::shared_ptr<QDBusServiceWatcher> watcher;
+        if (connection.isConnected()) {
+            watcher = std::make_shared<QDBusServiceWatcher>(Service, connection);
+            watcher->moveToThread(QCoreApplication::instance()->thread());
+        }
+        DispatchQueue::main()->async([connection, watcher, self] {
+            if (self)
+                self->take(connection, watcher);
+            else
+                closeConnection(connection.name());
         });
+    });
 }
 
 void FprintBus::take(const QDBusConnection &connection,
@@ -109,7 +121,7 @@ void FprintBus::close()
 {
     m_watcher.reset();
     if (const auto connection = std::exchange(m_connection, std::nullopt))
-        QDBusConnection::disconnectFromBus(connection->name());
+        closeConnection(connection->name());
 }
 
 void FprintBus::call(const QDBusMessage &message, QObject *receiver, Answer answer)
@@ -128,6 +140,9 @@ void FprintBus::listen(const QString &daemon, const QString &device, QObject *re
 {
     m_connection->connect(daemon, device, DeviceInterface, QStringLiteral("VerifyStatus"), receiver,
                           SLOT(verifyStatus(QString, bool)));
+    m_connection->connect(daemon, ObjectsPath, ObjectsInterface,
+                          QStringLiteral("InterfacesRemoved"), receiver,
+                          SLOT(interfacesRemoved(QDBusObjectPath)));
 }
 
 QDBusMessage FprintBus::busCall(const QString &method)

@@ -34,8 +34,9 @@ public:
     void call(const QDBusMessage &message, QObject *receiver, Answer answer);
     // Sends without caring for an answer.
     void send(const QDBusMessage &message);
-    // Calls the slot verifyStatus(QString,bool) of `receiver` while it lives. Only what `daemon`, a
-    // unique name, sends is listened to: anybody on the bus can send a signal of that name.
+    // Calls the slots verifyStatus(QString,bool) and interfacesRemoved(QDBusObjectPath) of
+    // `receiver` while it lives. Only what `daemon`, a unique name, sends is listened to: anybody
+    // on the bus can send signals of these names.
     void listen(const QString &daemon, const QString &device, QObject *receiver);
 
     // A message to the bus itself.

@@ -73,6 +73,7 @@ void FprintSession::deviceFound(const QDBusMessage &reply)
     }
     m_daemon = reply.service();
     m_stage = Stage::Claiming;
+    m_bus.listen(m_daemon, m_device, this);
     call(deviceCall(QStringLiteral("Claim"), {ThisUser}), &FprintSession::deviceClaimed);
 }
 
@@ -82,7 +83,6 @@ void FprintSession::deviceClaimed(const QDBusMessage &reply)
         decide(false, FprintBus::explain(reply));
     if (!m_isDecided) {
         m_stage = Stage::Starting;
-        m_bus.listen(m_daemon, m_device, this);
         call(deviceCall(QStringLiteral("VerifyStart"), {AnyFinger}), &FprintSession::checkStarted);
     } else if (mayHaveWorked(reply)) {
         release();
@@ -157,6 +157,12 @@ void FprintSession::daemonChanged(const QString &before)
 {
     if (!m_daemon.isEmpty() && before == m_daemon)
         lose(QStringLiteral("the fingerprint service is gone"));
+}
+
+void FprintSession::interfacesRemoved(const QDBusObjectPath &path)
+{
+    if (path.path() == m_device)
+        lose(QStringLiteral("the fingerprint reader was unplugged"));
 }
 
 // Nobody is left to be told to stop.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusObjectPath>
 #include <QObject>
 #include <QVariantList>
 
@@ -32,6 +33,7 @@ signals:
 
 private slots:
     void verifyStatus(const QString &result, bool isDone);
+    void interfacesRemoved(const QDBusObjectPath &path);
 
 private:
     enum class Stage { Finding, Claiming, Starting, Waiting, Stopping, Releasing, Ended };
