@@ -1,13 +1,13 @@
 #include "platform/BiometricContext.h"
 
 #include "platform/BiometricPrompt.h"
-#include "platform/linux/FprintAvailability.h"
-#include "platform/linux/FprintBus.h"
-#include "platform/linux/FprintSession.h"
+#include "platform/DispatchQueue.h"
+#include "platform/linux/FprintDesk.h"
 
 #include <QCoreApplication>
 #include <QHash>
 #include <QPointer>
+#include <QThread>
 
 namespace {
 
@@ -26,44 +26,53 @@ QString retryText(const QString &status)
         texts.value(status, QT_TRANSLATE_NOOP("Fingerprint", "Try your finger again.")));
 }
 
-// The running question and the session at the reader are two things: the session still frees the
-// reader when its question has been answered, and the next question waits for that.
+// The main thread's side: the question, its prompt and its reply. It hands numbers to the desk and
+// drops what the desk says about a question that has ended meanwhile.
 class FprintContext final : public QObject, public BiometricContext
 {
 public:
-    explicit FprintContext(BiometricPrompt *prompt) : m_prompt(prompt), m_availability(m_bus)
+    explicit FprintContext(BiometricPrompt *prompt)
+        : m_prompt(prompt), m_thread(std::make_shared<QThread>()), m_desk(new FprintDesk)
     {
-        connect(&m_bus, &FprintBus::opened, this, &FprintContext::proceed);
-        connect(&m_bus, &FprintBus::unreachable, this, [this] {
-            if (!m_session)
-                refuse(QStringLiteral("there is no system bus"));
-        });
-        m_availability.refresh();
+        m_thread->setObjectName(QStringLiteral("fingerprint"));
+        m_desk->moveToThread(m_thread.get());
+        connect(m_thread.get(), &QThread::finished, m_desk, &QObject::deleteLater);
+        connect(m_desk, &FprintDesk::learned, this,
+                [this](const Evaluability &known) { m_known = known; });
+        connect(m_desk, &FprintDesk::retryAsked, this, &FprintContext::retry);
+        connect(m_desk, &FprintDesk::decided, this, &FprintContext::finish);
+        m_thread->start();
+        atDesk([desk = m_desk] { desk->refresh(); });
     }
 
     ~FprintContext() override
     {
         if (m_question && m_prompt)
             m_prompt->hide();
+        m_thread->quit();
+        // A bus that hangs may hold it.
+        DispatchQueue::global(DispatchQueue::QualityOfService::High)->async([thread = m_thread] {
+            thread->wait();
+        });
     }
 
     Evaluability canEvaluatePolicy() override
     {
-        m_availability.refresh();
-        return m_availability.known();
+        atDesk([desk = m_desk] { desk->refresh(); });
+        return m_known;
     }
 
     void evaluatePolicy(const QString &reason, std::function<void(bool)> reply) override
     {
-        refuse(QStringLiteral("another question was asked"));
-        const int number = ++m_lastNumber;
-        m_question = Question{number, std::move(reply)};
+        refuse(m_lastQuestion, QStringLiteral("another question was asked"));
+        const int question = ++m_lastQuestion;
+        m_question = Question{question, std::move(reply)};
+        atDesk([desk = m_desk, question] { desk->begin(question); });
         if (m_prompt)
-            m_prompt->show(reason, [self = QPointer(this), number] {
-                if (self && self->m_question && self->m_question->number == number)
-                    self->refuse(QStringLiteral("the player cancelled"));
+            m_prompt->show(reason, [self = QPointer(this), question] {
+                if (self)
+                    self->refuse(question, QStringLiteral("the player cancelled"));
             });
-        proceed();
     }
 
 private:
@@ -73,63 +82,52 @@ private:
         std::function<void(bool)> reply;
     };
 
-    void proceed()
+    template<typename Action>
+    void atDesk(Action action)
     {
-        if (!m_question || m_session)
-            return;
-        if (!m_bus.isOpen()) {
-            m_bus.open();
-            return;
-        }
-        m_session = std::make_unique<FprintSession>(m_bus);
-        connect(m_session.get(), &FprintSession::retryAsked, this, [this](const QString &status) {
-            if (m_prompt)
-                m_prompt->retry(retryText(status));
-        });
-        connect(m_session.get(), &FprintSession::decided, this, &FprintContext::finish);
-        connect(m_session.get(), &FprintSession::ended, this, &FprintContext::sessionEnded);
-        m_session->start();
+        QMetaObject::invokeMethod(m_desk, std::move(action), Qt::QueuedConnection);
     }
 
-    void finish(bool isOwner, const QString &why)
+    [[nodiscard]] bool isRunning(int question) const
     {
-        if (!m_question)
+        return m_question && m_question->number == question;
+    }
+
+    void retry(int question, const QString &status)
+    {
+        if (isRunning(question) && m_prompt)
+            m_prompt->retry(retryText(status));
+    }
+
+    void refuse(int question, const QString &why)
+    {
+        if (!isRunning(question))
+            return;
+        atDesk([desk = m_desk, question] { desk->cancel(question); });
+        finish(question, false, why);
+    }
+
+    void finish(int question, bool isOwner, const QString &why)
+    {
+        if (!isRunning(question))
             return;
         const auto reply = std::move(m_question->reply);
         m_question.reset();
         if (!isOwner)
             ErrorHandler::log(QStringLiteral("Fingerprint refused: %1.").arg(why));
-        if (m_prompt)
-            m_prompt->hide();
         // Later and bound to this object: a reply may do anything, even destroy it.
         QMetaObject::invokeMethod(
             this, [reply, isOwner] { reply(isOwner); }, Qt::QueuedConnection);
-    }
-
-    void refuse(const QString &why)
-    {
-        if (!m_question)
-            return;
-        finish(false, why);
-        if (m_session)
-            m_session->stop();
-    }
-
-    void sessionEnded()
-    {
-        // It is still on the stack.
-        FprintSession *session = m_session.release();
-        session->setParent(this);
-        session->deleteLater();
-        proceed();
+        if (m_prompt)
+            m_prompt->hide();
     }
 
     BiometricPrompt *const m_prompt;
-    FprintBus m_bus;
-    FprintAvailability m_availability;
-    std::unique_ptr<FprintSession> m_session;
+    const std::shared_ptr<QThread> m_thread;
+    FprintDesk *const m_desk; // ends itself with its thread
+    Evaluability m_known = FprintAvailability::unheardOf();
     std::optional<Question> m_question;
-    int m_lastNumber = 0;
+    int m_lastQuestion = 0;
 };
 
 } // namespace

@@ -21,11 +21,9 @@ BiometricContext::Evaluability impossible(const QDBusMessage &error)
 
 } // namespace
 
-FprintAvailability::FprintAvailability(FprintBus &bus)
-    : m_bus(bus), m_known(impossible(QStringLiteral("the reader has not been heard of yet")))
+FprintAvailability::FprintAvailability(FprintBus &bus) : m_bus(bus)
 {
-    connect(&bus, &FprintBus::opened, this, &FprintAvailability::ask);
-    connect(&bus, &FprintBus::unreachable, this, [this] { conclude({}); });
+    connect(&bus, &FprintBus::lost, this, [this] { conclude({}); });
     connect(&bus, &FprintBus::daemonChanged, this, [this](const QString &, const QString &now) {
         if (now.isEmpty())
             daemonGone();
@@ -34,10 +32,15 @@ FprintAvailability::FprintAvailability(FprintBus &bus)
     });
 }
 
+BiometricContext::Evaluability FprintAvailability::unheardOf()
+{
+    return impossible(QStringLiteral("the reader has not been heard of yet"));
+}
+
 void FprintAvailability::refresh()
 {
-    if (!m_bus.isOpen())
-        m_bus.open();
+    if (!m_bus.open())
+        conclude({});
     else if (!m_isAsking)
         ask();
 }
@@ -87,11 +90,11 @@ void FprintAvailability::activatableListed(const QDBusMessage &reply)
         conclude({});
 }
 
-void FprintAvailability::conclude(BiometricContext::Evaluability known)
+void FprintAvailability::conclude(const BiometricContext::Evaluability &known)
 {
     ++m_round;
     m_isAsking = false;
-    m_known = std::move(known);
+    emit learned(known);
 }
 
 void FprintAvailability::call(const QDBusMessage &message, Step next)

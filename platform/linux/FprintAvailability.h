@@ -7,7 +7,8 @@
 class FprintBus;
 class QDBusMessage;
 
-// What is known about the reader and this user's fingers. Main thread only. `bus` must outlive it.
+// Asks about the reader and this user's fingers. Lives on the thread of `bus`, which must outlive
+// it.
 class FprintAvailability : public QObject
 {
     Q_OBJECT
@@ -15,10 +16,15 @@ class FprintAvailability : public QObject
 public:
     explicit FprintAvailability(FprintBus &bus);
 
-    // Asks the daemon anew and returns at once. A bus that is not open is opened first.
+    // What is told before the first answer.
+    [[nodiscard]] static BiometricContext::Evaluability unheardOf();
+
+    // Asks the daemon anew. A bus that is not open is opened first.
     void refresh();
-    // What the daemon answered last.
-    [[nodiscard]] const BiometricContext::Evaluability &known() const { return m_known; }
+
+signals:
+    // After each answer, and when what was known is no longer so.
+    void learned(const BiometricContext::Evaluability &known);
 
 private:
     using Step = void (FprintAvailability::*)(const QDBusMessage &reply);
@@ -29,11 +35,10 @@ private:
     void fingersListed(const QDBusMessage &reply);
     void daemonGone();
     void activatableListed(const QDBusMessage &reply);
-    void conclude(BiometricContext::Evaluability known);
+    void conclude(const BiometricContext::Evaluability &known);
     void call(const QDBusMessage &message, Step next);
 
     FprintBus &m_bus;
-    BiometricContext::Evaluability m_known;
     int m_round = 0;
     bool m_isAsking = false;
 };

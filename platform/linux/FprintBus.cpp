@@ -1,16 +1,11 @@
 #include "platform/linux/FprintBus.h"
 
-#include "platform/DispatchQueue.h"
-
-#include <QCoreApplication>
 #include <QDBusError>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
-#include <QDBusServiceWatcher>
 #include <QHash>
-#include <QPointer>
-#include <QThread>
 
+#include <atomic>
 #include <utility>
 
 const QString FprintBus::Service = QStringLiteral("net.reactivated.Fprint");
@@ -27,20 +22,9 @@ const auto BusPath = QStringLiteral("/org/freedesktop/DBus");
 const auto LocalPath = QStringLiteral("/org/freedesktop/DBus/Local");
 const auto LocalInterface = QStringLiteral("org.freedesktop.DBus.Local");
 
-std::shared_ptr<DispatchQueue> anyThread()
-{
-    return DispatchQueue::global(DispatchQueue::QualityOfService::High);
-}
-
-// Whoever disconnects waits for whoever connects at that time.
-void closeConnection(const QString &connectionName)
-{
-    anyThread()->async([connectionName] { QDBusConnection::disconnectFromBus(connectionName); });
-}
-
 QString nextConnectionName()
 {
-    static int number = 0;
+    static std::atomic<int> number = 0;
     return QStringLiteral("quellmoor-fingerprint-%1").arg(++number);
 }
 
@@ -67,61 +51,39 @@ const QHash<QString, QString> &explanations()
 
 FprintBus::~FprintBus() { close(); }
 
-void FprintBus::open()
+bool FprintBus::open()
 {
-    if (m_isOpening || isOpen())
-        return;
-    m_isOpening = true;
-    // A bus that hangs holds whoever connects, and so does the first watcher.
-    anyThread()->async([name = nextConnectionName(), self = QPointer(this)] {
-        const auto connection = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
-        std::shared_ptr<QDBusServiceWatcher> watcher;
-        if (connection.isConnected()) {
-            watcher = std::make_shared<QDBusServiceWatcher>(Service, connection);
-            watcher->moveToThread(QCoreApplication::instance()->thread());
-        }
-        DispatchQueue::main()->async([connection, watcher, self] {
-            if (self)
-                self->take(connection, watcher);
-            else
-                closeConnection(connection.name());
-        });
-    });
-}
-
-void FprintBus::take(const QDBusConnection &connection,
-                     std::shared_ptr<QDBusServiceWatcher> watcher)
-{
-    m_isOpening = false;
-    m_connection = connection;
-    m_watcher = std::move(watcher);
+    if (m_connection)
+        return true;
+    m_connection = QDBusConnection::connectToBus(QDBusConnection::SystemBus, nextConnectionName());
     m_connection->connect(QString(), LocalPath, LocalInterface, QStringLiteral("Disconnected"),
                           this, SLOT(connectionLost()));
     // Asked only now, so that no end of the connection is missed.
-    if (!m_watcher || !m_connection->isConnected()) {
-        connectionLost();
-        return;
+    if (!m_connection->isConnected()) {
+        close();
+        return false;
     }
+    m_watcher = std::make_unique<QDBusServiceWatcher>(Service, *m_connection);
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &before, const QString &now) {
                 emit daemonChanged(before, now);
             });
-    emit opened();
+    return true;
 }
 
 void FprintBus::connectionLost()
 {
-    if (!isOpen())
+    if (!m_connection)
         return;
     close();
-    emit unreachable();
+    emit lost();
 }
 
 void FprintBus::close()
 {
     m_watcher.reset();
     if (const auto connection = std::exchange(m_connection, std::nullopt))
-        closeConnection(connection->name());
+        QDBusConnection::disconnectFromBus(connection->name());
 }
 
 void FprintBus::call(const QDBusMessage &message, QObject *receiver, Answer answer)

@@ -2,17 +2,17 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusServiceWatcher>
 #include <QObject>
 
 #include <functional>
 #include <memory>
 #include <optional>
 
-class QDBusServiceWatcher;
-
 // A connection of its own to the system bus, and the fingerprint daemon on it. A connection of its
-// own, because closing it makes the daemon free a reader that was claimed over it. Main thread
-// only; nothing in here waits for the bus or for the daemon.
+// own, because closing it makes the daemon free a reader that was claimed over it. Lives on one
+// thread, which must not be the main one: whatever touches Qt's bus waits for as long as anything
+// in the process connects to a bus that hangs. The daemon itself is never waited for.
 class FprintBus : public QObject
 {
     Q_OBJECT
@@ -24,9 +24,8 @@ public:
     // Closes the connection after what was sent.
     ~FprintBus() override;
 
-    // Connects unless it is connected or about to be. `opened` or `unreachable` follows, later.
-    void open();
-    [[nodiscard]] bool isOpen() const { return m_connection.has_value(); }
+    // Connects unless it is connected. Returns whether it now is.
+    bool open();
 
     // The others need an open connection.
 
@@ -56,9 +55,8 @@ public:
     static const QString Service;
 
 signals:
-    void opened();
-    // There is no bus, or it went away.
-    void unreachable();
+    // The connection is no more.
+    void lost();
     // The daemon came (`before` is empty), went (`now` is empty) or was replaced.
     void daemonChanged(const QString &before, const QString &now);
 
@@ -66,10 +64,8 @@ private slots:
     void connectionLost();
 
 private:
-    void take(const QDBusConnection &connection, std::shared_ptr<QDBusServiceWatcher> watcher);
     void close();
 
-    bool m_isOpening = false;
     std::optional<QDBusConnection> m_connection;
-    std::shared_ptr<QDBusServiceWatcher> m_watcher;
+    std::unique_ptr<QDBusServiceWatcher> m_watcher;
 };

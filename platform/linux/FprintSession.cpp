@@ -37,7 +37,7 @@ bool mayHaveWorked(const QDBusMessage &reply)
 FprintSession::FprintSession(FprintBus &bus) : m_bus(bus)
 {
     connect(&bus, &FprintBus::daemonChanged, this, &FprintSession::daemonChanged);
-    connect(&bus, &FprintBus::unreachable, this,
+    connect(&bus, &FprintBus::lost, this,
             [this] { lose(QStringLiteral("the system bus is gone")); });
 }
 

@@ -8,8 +8,8 @@ class FprintBus;
 class QDBusMessage;
 
 // One wait for a finger: finds and claims the reader, starts the check, and afterwards stops it and
-// frees the reader, each step after the answer to the one before. Main thread only. `bus` must be
-// open and outlive it.
+// frees the reader, each step after the answer to the one before. Lives on the thread of `bus`,
+// which must be open and outlive it.
 class FprintSession : public QObject
 {
     Q_OBJECT
