@@ -9,12 +9,12 @@ from typing import Iterator
 from urllib.parse import quote, quote_plus
 
 from player.person import Player
-from stage.waiting import NotSeen, expect, until
+from stage.waiting import NotSeen, expect
 
 
 def nothing_is_left_running(player: Player) -> None:
     """Every process of the launcher and its games has ended"""
-    until("the end of all processes", lambda: not player.stage.strays())
+    player.sees_nothing_left_running()
     expect("launchers that still run",
            [one.pid for one in player.stage.launchers if one.process.poll() is None], [])
 

@@ -6,16 +6,15 @@ from harness import hosts, snapshot
 
 from player.person import Player
 from stage import children
+from stage.accounts import PASSWORDS
 from stage.waiting import expect, until
 
 from . import game
-from .login import PASSWORDS
-
 
 def own_game(player: Player) -> None:
     """A login into an environment brings its own game and starts it for development"""
     player.stage.hosts.forget()
-    player.logs_in("plover@qa", PASSWORDS["plover@qa"])
+    player.logs_in("plover@qa", PASSWORDS["plover"])
     report = player.stage.game_run.report()
     player.sees_status("Launching the game(qa)...")
     player.sees("label", f"Server v{player.stage.coming_game.server_version}")

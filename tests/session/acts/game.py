@@ -11,8 +11,8 @@ from player.person import Player
 from stage import children
 from stage.waiting import NotSeen, expect, until
 
-SECONDS_UNTIL_HIDDEN = 5.0
-SECONDS_OF_GRACE = 15.0
+# Five, of which coarse timers take a twentieth either way; a busy machine needs longer.
+EARLIEST, LATEST = 4.74, 15.0
 OTHER_PROGRAM = "xclock"
 
 
@@ -30,8 +30,8 @@ def launcher_out_of_sight(player: Player) -> None:
     """Five seconds after the start of the game the launcher is out of sight"""
     report = player.stage.game_run.report()
     hidden_after = until("a launcher out of sight", lambda: hidden_since_start(player, report))
-    if not SECONDS_UNTIL_HIDDEN <= hidden_after < SECONDS_UNTIL_HIDDEN + SECONDS_OF_GRACE:
-        raise NotSeen(f"a launcher that is gone after 5 seconds: it went after {hidden_after:.1f}")
+    if not EARLIEST <= hidden_after < LATEST:
+        raise NotSeen(f"a launcher that is gone after 5 seconds: it went after {hidden_after:.2f}")
     expect("the end of the launcher", player.launcher.process.poll(), None)
     until("the game's window", lambda: player.stage.display.windows_of(report["pid"]))
     player.takes_picture("launcher-out-of-sight")

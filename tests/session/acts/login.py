@@ -5,12 +5,11 @@ from __future__ import annotations
 import re
 
 from player.person import Player
-from stage import games
+from stage import accounts, games
 from stage.waiting import expect, until
 
 TWO_STEPS = "Two-step Authentication"
 SECONDS_TO_WATCH = 8
-PASSWORDS = {"robin": "heather&gorse", "plover@qa": "mist on water", "wren": "moorland-7"}
 
 
 def nothing_typed(player: Player) -> None:
@@ -29,7 +28,7 @@ def nothing_typed(player: Player) -> None:
 
 def wrong_password(player: Player) -> None:
     """A wrong password is refused with 504, and Play can be pressed again"""
-    player.logs_in("wren", "moorland-8")
+    player.logs_in("wren", "moorland-7")
     player.sees_status("504: The user name or the password is wrong.")
     expect("logins sent", logins(player), 1)
     player.sees_login_form()
@@ -38,7 +37,7 @@ def wrong_password(player: Player) -> None:
 
 def two_steps(player: Player) -> None:
     """A two-step account gets a sheet that asks for the token"""
-    player.fills_in("robin", PASSWORDS["robin"])
+    player.fills_in("robin", accounts.PASSWORDS["robin"])
     player.stage.game_run.forget()
     slow_down_the_largest_file(player)
     player.presses("Return")
@@ -47,7 +46,7 @@ def two_steps(player: Player) -> None:
     player.has_focus_in(player.sees("text", TWO_STEPS))
     player.sees_status("503: Enter your two-step token.")
     player.takes_picture("two-steps")
-    token = games.token_for("robin")
+    token = accounts.token()
     expect("a token of six digits", bool(re.fullmatch(r"\d{6}", token)), True)
     player.types_secret(token)
     player.sees_in_field(TWO_STEPS, token)

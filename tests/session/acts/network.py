@@ -6,9 +6,8 @@ from harness import hosts
 
 from player.person import Player
 from stage import network
+from stage.accounts import PASSWORDS
 from stage.waiting import expect, until
-
-from .login import PASSWORDS
 
 
 def start_without_and_return(player: Player) -> None:

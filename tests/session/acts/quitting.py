@@ -4,9 +4,8 @@ from __future__ import annotations
 
 from player.person import Player
 from stage import children
+from stage.accounts import PASSWORDS
 from stage.waiting import expect, until
-
-from .login import PASSWORDS
 
 
 def while_the_game_runs(player: Player) -> None:
@@ -31,7 +30,7 @@ def while_the_game_runs(player: Player) -> None:
     (_, shell) = children.status(pid) or ("", 0)
     player.stage.game_run.end()
     expect("exit code of the game", children.exit_code_of_orphan(shell), 0)
-    until("no process that is left", lambda: not player.stage.strays())
+    player.sees_nothing_left_running()
 
 
 def comes_forward(player: Player) -> None:

@@ -4,9 +4,10 @@ from __future__ import annotations
 
 from typing import Callable, Optional
 
+from stage import children
 from stage.accessibility import FOCUSED, SHOWING, Element
 from stage.launcher import Launcher
-from stage.waiting import expect, until
+from stage.waiting import NotSeen, expect, until
 from stage.whole import Stage
 
 from .album import Album
@@ -69,6 +70,14 @@ class Player:
         for role, name in LOGIN_FORM:
             self.no_longer_sees(role, name)
 
+    def sees_nothing_left_running(self) -> None:
+        """Whatever a launcher has started is gone with it."""
+        try:
+            until("the end of all processes", lambda: not self.stage.strays())
+        except NotSeen as missed:
+            left = ", ".join(children.described(pid) for pid in self.stage.strays())
+            raise NotSeen(f"{missed}; there is {left}") from None
+
     # What the player does.
 
     def clicks(self, element: Element) -> None:
@@ -112,5 +121,5 @@ class Player:
 
     def _moves_to(self, element: Element) -> None:
         expect(f"{element.name()} shows", element.has(SHOWING), True)
-        x, y = element.area().centre()
+        x, y = self.launcher.area(element).centre()
         self.stage.display.xdotool("mousemove", "--sync", str(x), str(y))

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from pathlib import Path
 from typing import Any, Iterator, Optional
 
@@ -10,13 +10,14 @@ import dbus
 import dbus.bus
 
 from .children import Helpers
-from .display import Area
+from .display import NOWHERE, Area
 from .waiting import until
 
 ROOT = "/org/a11y/atspi/accessible/root"
 SPI = "org.a11y.atspi."
 PROPERTIES = "org.freedesktop.DBus.Properties"
-ACTIVE, ENABLED, FOCUSED, SHOWING = 1, 8, 12, 25
+FOCUSED, SHOWING = 12, 25
+ON_SCREEN = 0
 
 
 class Bus:
@@ -36,16 +37,21 @@ class Bus:
                                       "GetAddress", "", ())
         session.close()
         self._bus = dbus.bus.BusConnection(str(found))
+        until("the registry of accessible programs", lambda: self._registry().role())
 
     def close(self) -> None:
         self._bus.close()
 
     def elements_of(self, pid: int) -> Iterator[Element]:
         """Everything in the windows of a process, depth first; what goes meanwhile is left out."""
-        registry = Element(self._bus, SPI + "Registry", ROOT)
-        for application in registry.children():
+        for application in self._registry().children():
             if self._owner(application) == pid:
-                yield from application.below()
+                for window in application.children():
+                    yield window
+                    yield from window.below(window)
+
+    def _registry(self) -> Element:
+        return Element(self._bus, SPI + "Registry", ROOT)
 
     def _owner(self, application: Element) -> Optional[int]:
         try:
@@ -63,6 +69,7 @@ class Element:
     bus: Any
     owner: str
     path: str
+    window: Optional[Element] = None
 
     def role(self) -> str:
         return str(self._ask("Accessible", "GetRoleName") or "")
@@ -79,18 +86,18 @@ class Element:
         return bool(int(states[0]) >> state & 1)
 
     def area(self) -> Area:
-        """Where it is on the display."""
+        """Where the program believes that it is on the display."""
         return Area(*(int(number) for number in
-                      self._ask("Component", "GetExtents", "u", (0,)) or (0, 0, 0, 0)))
+                      self._ask("Component", "GetExtents", "u", (ON_SCREEN,)) or NOWHERE))
 
     def children(self) -> list[Element]:
         return [Element(self.bus, str(owner), str(path))
                 for owner, path in self._ask("Accessible", "GetChildren") or ()]
 
-    def below(self) -> Iterator[Element]:
+    def below(self, window: Element) -> Iterator[Element]:
         for child in self.children():
-            yield child
-            yield from child.below()
+            yield replace(child, window=window)
+            yield from child.below(window)
 
     def _ask(self, interface: str, what: str, kinds: str = "", arguments: tuple[Any, ...] = ()
              ) -> Any:

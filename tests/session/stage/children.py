@@ -86,13 +86,6 @@ def zombies(parent: int) -> list[int]:
     return [pid for pid, state in children(parent).items() if state == "Z"]
 
 
-def descendants(parent: int) -> set[int]:
-    found = set(children(parent))
-    for child in list(found):
-        found |= descendants(child)
-    return found
-
-
 def seconds_since_start(pid: int) -> float:
     """How long ago the process was started, by the clock of the kernel."""
     fields = Path(f"/proc/{pid}/stat").read_text(errors="replace").rpartition(")")[2].split()
@@ -105,11 +98,26 @@ def streams(pid: int) -> list[str]:
     return [os.readlink(f"/proc/{pid}/fd/{number}") for number in range(3)]
 
 
-def end_orphan(pid: int) -> None:
-    """Ends an adopted process, whatever it is at."""
-    with contextlib.suppress(ProcessLookupError, ChildProcessError):
-        os.kill(pid, signal.SIGKILL)
-        os.waitpid(pid, 0)
+def reap(orphan: int) -> None:
+    """Takes note of the end of an adopted process, as init would."""
+    with contextlib.suppress(ChildProcessError):
+        os.waitpid(orphan, os.WNOHANG)
+
+
+def described(pid: int) -> str:
+    with contextlib.suppress(OSError):
+        words = Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0")
+        return f"{pid} {words[0].decode(errors='replace')}"
+    return str(pid)
+
+
+def end_orphans() -> None:
+    """Ends whatever was adopted. Only when nothing of the session's own is left."""
+    while orphans := children(os.getpid()):
+        for orphan in orphans:
+            with contextlib.suppress(ProcessLookupError, ChildProcessError):
+                os.kill(orphan, signal.SIGKILL)
+                os.waitpid(orphan, 0)
 
 
 def exit_code_of_orphan(pid: int) -> int:

@@ -3,20 +3,21 @@
 from __future__ import annotations
 
 import os
+import re
 import subprocess
-from dataclasses import dataclass
 from pathlib import Path
-from typing import Optional
+from typing import NamedTuple, Optional
 
 from .children import Helpers
 from .waiting import until
 
 SIZE = "1280x800x24"
+PLACE = re.compile(r"Absolute upper-left X: +(-?\d+)\s+Absolute upper-left Y: +(-?\d+)"
+                   r".*Width: (\d+)\s+Height: (\d+)", re.DOTALL)
 Colour = tuple[int, int, int]
 
 
-@dataclass(frozen=True)
-class Area:
+class Area(NamedTuple):
     """A rectangle on the display."""
 
     x: int
@@ -26,6 +27,9 @@ class Area:
 
     def centre(self) -> tuple[int, int]:
         return self.x + self.width // 2, self.y + self.height // 2
+
+
+NOWHERE = Area(0, 0, 0, 0)
 
 
 class Display:
@@ -56,6 +60,11 @@ class Display:
     def windows_named(self, pattern: str) -> list[int]:
         return self._search("--name", pattern)
 
+    def place(self, window: int) -> Area:
+        told = self._run("xwininfo", "-id", str(window)).stdout
+        found = PLACE.search(told)
+        return Area(*(int(number) for number in found.groups())) if found else NOWHERE
+
     def active_window(self) -> Optional[int]:
         return self._last_of("_NET_ACTIVE_WINDOW")
 
@@ -63,13 +72,11 @@ class Display:
         """The window that no other one covers."""
         return self._last_of("_NET_CLIENT_LIST_STACKING")
 
-    def xdotool(self, *words: str, typed: Optional[str] = None) -> str:
-        """What is typed goes through a pipe: everyone on the machine sees command lines."""
-        done = subprocess.run(["xdotool", *words], env=self._all, input=typed, text=True,
-                              capture_output=True, check=False)
+    def xdotool(self, *words: str, typed: Optional[str] = None) -> None:
+        """Plays keys and mouse. What is typed goes through a pipe: everyone on the machine sees command lines."""
+        done = self._run("xdotool", *words, typed=typed)
         if done.returncode != 0 and done.stderr:
             raise RuntimeError(f"xdotool {' '.join(words)}: {done.stderr}")
-        return done.stdout
 
     def save_picture(self, path: Path) -> None:
         subprocess.run(["import", "-window", "root", str(path)], env=self._all, check=True)
@@ -82,11 +89,18 @@ class Display:
         return [(raw[i], raw[i + 1], raw[i + 2]) for i in range(0, len(raw), 3)]
 
     def _search(self, *words: str) -> list[int]:
-        return [int(line) for line in self.xdotool("search", "--onlyvisible", *words).split()]
+        """Searches again when a window went while it was looked at."""
+        def search() -> Optional[subprocess.CompletedProcess[str]]:
+            done = self._run("xdotool", "search", "--onlyvisible", *words)
+            return None if "BadWindow" in done.stderr else done
+        return [int(line) for line in until("the list of windows", search).stdout.split()]
 
     def _property(self, name: str) -> str:
-        return subprocess.run(["xprop", "-root", name], env=self._all, check=False, text=True,
-                              capture_output=True).stdout
+        return self._run("xprop", "-root", name).stdout
+
+    def _run(self, *words: str, typed: Optional[str] = None) -> subprocess.CompletedProcess[str]:
+        return subprocess.run(words, env=self._all, input=typed, text=True, capture_output=True,
+                              check=False)
 
     def _last_of(self, name: str) -> Optional[int]:
         last = self._property(name).replace(",", " ").split()[-1]

@@ -78,11 +78,6 @@ class GameRun:
         self._may_end.touch()
 
 
-def token_for(account: str) -> str:
-    """The two-step token that is right now."""
-    return _run("totp", account).strip()
-
-
 def _sample_game() -> Path:
     default = settings.launcher().parents[1] / "tools" / "sample-game" / "quellmoor-sample-game"
     return Path(os.environ.get("QUELLMOOR_SAMPLE_GAME", default))

@@ -10,8 +10,8 @@ from harness import settings
 
 from . import children
 from .accessibility import SHOWING, Bus, Element
-from .display import Display
-from .waiting import until
+from .display import Area, Display
+from .waiting import NotSeen, until
 
 
 class Launcher:
@@ -42,6 +42,19 @@ class Launcher:
     def windows(self) -> list[int]:
         """Those that are on the screen."""
         return self._display.windows_of(self.pid)
+
+    def area(self, element: Element) -> Area:
+        """Where an element is on the display. A program may be wrong about the places of its
+        windows, which the window manager moves; but it knows where in its window a thing is, and
+        which one that is tells the size.
+        """
+        inside, window = element.area(), (element.window or element).area()
+        for candidate in self.windows():
+            place = self._display.place(candidate)
+            if (place.width, place.height) == (window.width, window.height):
+                return inside._replace(x=place.x + inside.x - window.x,
+                                       y=place.y + inside.y - window.y)
+        raise NotSeen(f"the window of {element.name()} on the screen")
 
     def is_in_front(self) -> bool:
         windows = self.windows()

@@ -14,7 +14,7 @@ from typing import Any, Optional
 from harness import hosts, settings
 from harness.player import Player as Home
 
-from . import children, games, network
+from . import accounts, children, games, network
 from .accessibility import Bus
 from .children import Helpers
 from .desktop import Desktop
@@ -29,9 +29,6 @@ class Hosts(hosts.Hosts):
     def sessions(self) -> list[dict[str, Any]]:
         answer: list[dict[str, Any]] = self._ask("GET", "/sessions")
         return answer
-
-    def pid(self) -> int:
-        return self._process.pid
 
     def asked_for(self) -> list[str]:
         """Host and path of each request so far."""
@@ -60,6 +57,7 @@ class Stage:
 
     def _set_up(self) -> None:
         children.adopt_orphans()
+        self._closing.callback(children.end_orphans)
         if network.is_private():
             network.plug_in()
         self.home = Home(self.folder / "home")
@@ -74,9 +72,12 @@ class Stage:
         self.version = launcher_version()
         self.game, self.coming_game = games.make(self.folder, self.version)
         self.game_run = games.GameRun(self.folder)
-        self.hosts = Hosts(self.folder, {None: self.game.tree, "qa": self.coming_game.tree})
+        accounts.write(self.folder / "accounts.json")
+        self.hosts = Hosts(self.folder, {None: self.game.tree, "qa": self.coming_game.tree},
+                           options=("--accounts", str(self.folder / "accounts.json")))
         self._closing.callback(self.hosts.stop)
-        self._closing.callback(self._end_strays)
+        self._own = set(children.children(os.getpid()))
+        self._closing.callback(self._end_launchers)
 
     def environment(self) -> dict[str, str]:
         """What the launcher is started with."""
@@ -111,18 +112,17 @@ class Stage:
         return self._launchers
 
     def strays(self) -> set[int]:
-        """Processes that are left although nobody who started them is."""
-        known = self.helpers.pids | {self.hosts.pid()}
-        for helper in list(known):
-            known |= children.descendants(helper)
-        return children.descendants(os.getpid()) - known
+        """The running processes that were left to the session by those who started them."""
+        own = self._own | self.helpers.pids | {one.pid for one in self._launchers}
+        for orphan in children.zombies(os.getpid()):
+            if orphan not in own:
+                children.reap(orphan)
+        return set(children.children(os.getpid())) - own
 
-    def _end_strays(self) -> None:
+    def _end_launchers(self) -> None:
         self.game_run.end()
         for launcher in self._launchers:
             launcher.end()
-        for pid in self.strays():
-            children.end_orphan(pid)
 
 
 def launcher_version() -> str:
