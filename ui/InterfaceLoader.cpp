@@ -39,9 +39,9 @@ InterfaceLoader::InterfaceLoader()
 {
 }
 
-void InterfaceLoader::addClass(const QString &className, Maker maker)
+void InterfaceLoader::addClass(const QString &className, const Maker &maker)
 {
-    m_makers.insert(className, std::move(maker));
+    m_makers.insert(className, maker);
 }
 
 QWidget *InterfaceLoader::load(const QString &name)

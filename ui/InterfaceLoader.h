@@ -18,7 +18,7 @@ public:
     InterfaceLoader();
 
     // Makes objects of that class, too, when a file names it.
-    void addClass(const QString &className, Maker maker);
+    void addClass(const QString &className, const Maker &maker);
 
     // The root object of the file ":/interfaces/NAME.ui", which the caller owns; null when there is
     // no such file or it cannot be read.

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr qint64 LargestPage = 4 * 1024 * 1024;
+constexpr qint64 LargestPage = 4LL * 1024 * 1024;
 constexpr int IdleTimeout = 60000;
 
 QString pageStyle()

@@ -20,9 +20,10 @@ namespace Typography {
 
 QFont display(int pixelSize, QFont::Weight weight)
 {
-    static const QStringList families{QStringLiteral("EB Garamond"), QStringLiteral("Hoefler Text"),
-                                      QStringLiteral("P052"), QStringLiteral("DejaVu Serif"),
-                                      QStringLiteral("serif")};
+    static const QStringList families{
+        QStringLiteral("EB Garamond 12"), QStringLiteral("EB Garamond"),
+        QStringLiteral("Hoefler Text"),   QStringLiteral("P052"),
+        QStringLiteral("DejaVu Serif"),   QStringLiteral("serif")};
     return fontOf(families, pixelSize, weight);
 }
 

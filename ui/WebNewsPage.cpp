@@ -26,8 +26,7 @@ constexpr int FontSize = 16;
 // Certificates are checked against the default configuration, so the extra authorities join it.
 QList<QSslCertificate> trustExtraCertificates(const QString &file)
 {
-    const auto certificates =
-        file.isEmpty() ? QList<QSslCertificate>() : QSslCertificate::fromPath(file);
+    auto certificates = file.isEmpty() ? QList<QSslCertificate>() : QSslCertificate::fromPath(file);
     if (!certificates.isEmpty()) {
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
         configuration.addCaCertificates(certificates);
