@@ -1,0 +1,1 @@
+"""The system's fingerprint daemon with a reader made of software."""
