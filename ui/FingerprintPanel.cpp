@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int PictureSize = 84;
+constexpr int PictureSize = 96;
 constexpr int PictureGap = 22;
 
 Alert alertFor(const QString &reason)

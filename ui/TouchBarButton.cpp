@@ -4,13 +4,37 @@
 
 #include <QPainter>
 
-QFont TouchBarButton::captionFont() const
+namespace {
+
+// Room for the rivets of the plate and the round corners of the links.
+constexpr int RoomAtTheSides = 12;
+constexpr int SmallestSize = 9;
+
+QFont fontOfSize(RolloverButton::CaptionStyle style, int pixelSize)
 {
-    if (captionStyle() != Plate)
-        return Typography::text(13, QFont::Medium);
-    QFont font = Typography::display(17, QFont::DemiBold);
+    if (style != RolloverButton::Plate)
+        return Typography::text(pixelSize, QFont::Medium);
+    QFont font = Typography::display(pixelSize, QFont::DemiBold);
     font.setLetterSpacing(QFont::AbsoluteSpacing, 3);
     return font;
+}
+
+// Letter spacing follows the last letter, too.
+double widthOf(const QString &text, const QFont &font)
+{
+    return QFontMetricsF(font).horizontalAdvance(text) - font.letterSpacing();
+}
+
+} // namespace
+
+// Smaller where the words of a language are long.
+QFont TouchBarButton::captionFont() const
+{
+    int size = captionStyle() == Plate ? 17 : 13;
+    while (size > SmallestSize &&
+           widthOf(text(), fontOfSize(captionStyle(), size)) > width() - 2 * RoomAtTheSides)
+        --size;
+    return fontOfSize(captionStyle(), size);
 }
 
 QColor TouchBarButton::captionColor() const
@@ -23,11 +47,7 @@ QColor TouchBarButton::captionColor() const
 
 double TouchBarButton::captionWidth() const
 {
-    if (captionStyle() == NoCaption)
-        return 0;
-    const QFont font = captionFont();
-    // Letter spacing follows the last letter, too.
-    return QFontMetricsF(font).horizontalAdvance(text()) - font.letterSpacing();
+    return captionStyle() == NoCaption ? 0 : widthOf(text(), captionFont());
 }
 
 void TouchBarButton::paintEvent(QPaintEvent *)

@@ -28,6 +28,7 @@ public:
             if (!window->isVisible() ||
                 window->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus))
                 continue;
+            window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
             window->raise();
             window->activateWindow();
         }

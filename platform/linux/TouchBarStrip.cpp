@@ -114,7 +114,7 @@ void TouchBarStrip::place()
 {
     adjustSize();
     const QRect frame = m_window.geometry();
-    move(frame.center().x() - width() / 2, frame.bottom() + 1 + m_gap - ShadowWidth);
+    move(frame.x() + (frame.width() - width()) / 2, frame.bottom() + 1 + m_gap - ShadowWidth);
 }
 
 void TouchBarStrip::paintEvent(QPaintEvent *)
