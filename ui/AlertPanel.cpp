@@ -78,7 +78,8 @@ AlertPanel::AlertPanel(const Alert &alert, std::optional<AlertTextField> field, 
 
 void AlertPanel::addTexts(QVBoxLayout &column, const Alert &alert)
 {
-    column.addWidget(makeLabel(alert.messageText, Typography::display(25)));
+    // Not bold: the bold cut has no letters with accents.
+    column.addWidget(makeLabel(alert.messageText, Typography::display(27, QFont::Normal)));
     column.addSpacing(6);
     column.addWidget(makeLabel(alert.informativeText, Typography::text(15)));
 }

@@ -8,10 +8,13 @@
 #include "ui/RolloverButton.h"
 #include "ui/TextLabel.h"
 #include "ui/TouchBarButton.h"
+#include "ui/Typography.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QLabel>
 #include <QPushButton>
+#include <QRawFont>
 #include <QTest>
 
 namespace {
@@ -44,6 +47,16 @@ double captionWidth(const RolloverButton &button)
 {
     const auto *small = qobject_cast<const TouchBarButton *>(&button);
     return small ? small->captionWidth() : button.captionWidth();
+}
+
+// The letters that the toolkit would have to take from another typeface.
+QString lettersWithout(const QRawFont &font, const QString &text)
+{
+    QString letters;
+    for (const QChar letter : text)
+        if (!font.supportsCharacter(letter))
+            letters += letter;
+    return letters;
 }
 
 QMap<QString, QRect> geometriesOf(const QWidget &root)
@@ -88,6 +101,8 @@ private slots:
     void fitsEveryControl();
     void fitsTheButtonsOfEachAlert_data() { languages(); }
     void fitsTheButtonsOfEachAlert();
+    void hasEachLetterInItsTypeface_data() { languages(); }
+    void hasEachLetterInItsTypeface();
     void bringsTheTextsOfTheToolkit();
     void showsTheAlertInThePlayersLanguage();
     void keepsTheWindowLeftToRight();
@@ -224,6 +239,22 @@ void TestTranslations::fitsTheButtonsOfEachAlert()
         for (const QPushButton *button : panel.findChildren<QPushButton *>())
             QVERIFY(button->sizeHint().width() >=
                     button->fontMetrics().horizontalAdvance(button->text()));
+    }
+}
+
+void TestTranslations::hasEachLetterInItsTypeface()
+{
+    QFETCH(QString, language);
+    for (const Catalogue::Message &message : Catalogue::of(language).messages) {
+        const AlertPanel panel({message.translation, message.translation, {}}, std::nullopt,
+                               nullptr);
+        QList<QFont> fonts{Typography::text(14)};
+        for (const QLabel *label : panel.findChildren<QLabel *>())
+            fonts += label->font();
+        if (message.source == QStringLiteral("PLAY"))
+            fonts += Typography::display(29);
+        for (const QFont &font : fonts)
+            QCOMPARE(lettersWithout(QRawFont::fromFont(font), message.translation), QString());
     }
 }
 
