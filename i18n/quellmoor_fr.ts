@@ -44,7 +44,7 @@
     </message>
     <message>
         <source>To setup Touch ID again login to your account with the correct username and password and select Enable.</source>
-        <translation>Pour configurer de nouveau Touch ID, connectez-vous à votre compte avec le nom d’utilisateur et le mot de passe corrects, puis choisissez « Activer ».</translation>
+        <translation>Pour configurer de nouveau Touch ID, connectez-vous à votre compte avec le nom d’utilisateur et le mot de passe corrects, puis choisissez «&#xa0;Activer&#xa0;».</translation>
     </message>
     <message>
         <source>Two-step Authentication</source>
@@ -64,7 +64,7 @@
     </message>
     <message>
         <source>To enable Touch ID, please login to your account and press play.</source>
-        <translation>Pour activer Touch ID, connectez-vous à votre compte et appuyez sur « Jouer ».</translation>
+        <translation>Pour activer Touch ID, connectez-vous à votre compte et appuyez sur «&#xa0;Jouer&#xa0;».</translation>
     </message>
     <message>
         <source>Touch ID is not available</source>
@@ -192,7 +192,7 @@
     </message>
     <message>
         <source>Forgot password?</source>
-        <translation>Mot de passe oublié ?</translation>
+        <translation>Mot de passe oublié&#xa0;?</translation>
     </message>
     <message>
         <source>Create an account</source>
