@@ -65,10 +65,11 @@ bool GameFolder::isInside(const QString &relativeFolder)
     bool isInside = slash < 0 || this->isInside(relativeFolder.left(slash));
     const QFileInfo folder(m_path + Slash + relativeFolder);
     if (isInside && folder.isSymbolicLink()) {
-        // A link that leads nowhere or in a ring has no canonical path and counts as leading out.
+        // A link that leads nowhere or in a ring has no canonical path, nor has a game folder that
+        // was not there at first: neither tells where the link leads, so it counts as leading out.
         const QString canonical = canonicalPath(folder.filePath());
-        isInside = canonical.startsWith(m_canonicalPath + Slash) || canonical == m_canonicalPath;
-        isInside = isInside && !canonical.isEmpty();
+        isInside = !m_canonicalPath.isEmpty() &&
+                   (canonical == m_canonicalPath || canonical.startsWith(m_canonicalPath + Slash));
     }
     m_isInside.insert(relativeFolder, isInside);
     return isInside;

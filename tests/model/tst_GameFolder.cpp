@@ -64,6 +64,8 @@ private slots:
     void followsOnlyLinksThatStayInside();
     void mayBeALinkItself_data();
     void mayBeALinkItself();
+    void refusesEveryLinkWhenTheFolderAppearsLater_data();
+    void refusesEveryLinkWhenTheFolderAppearsLater();
     void remembersWhatItFoundOutAboutAFolder();
 };
 
@@ -285,6 +287,30 @@ void TestGameFolder::mayBeALinkItself()
     folder.link(folder.path(u"game"_s), u"outside/link"_s);
     const QString root = folder.path(u"outside/link"_s);
     GameFolder game(root);
+    QCOMPARE(answer(game, key), isInside ? root + u'/' + key : u'[' + LeadsOut + u']');
+}
+
+void TestGameFolder::refusesEveryLinkWhenTheFolderAppearsLater_data()
+{
+    QTest::addColumn<QStringList>("layout");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<bool>("isInside");
+    addLayout("a link out", {u"a -> %o"_s}, u"a/b"_s, false);
+    addLayout("a dangling link", {u"a -> nothing"_s}, u"a/b"_s, false);
+    addLayout("a link inside", {u"real/"_s, u"a -> real"_s}, u"a/b"_s, false);
+    addLayout("plain folders", {u"a/"_s}, u"a/b"_s, true);
+}
+
+void TestGameFolder::refusesEveryLinkWhenTheFolderAppearsLater()
+{
+    QFETCH(QStringList, layout);
+    QFETCH(QString, key);
+    QFETCH(bool, isInside);
+    const TestFolder folder;
+    const QString root = folder.path(u"game"_s);
+    GameFolder game(root);
+    folder.makeFolder(u"game"_s);
+    build(folder, layout);
     QCOMPARE(answer(game, key), isInside ? root + u'/' + key : u'[' + LeadsOut + u']');
 }
 
