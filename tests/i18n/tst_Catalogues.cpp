@@ -61,7 +61,7 @@ private slots:
 private:
     static void languages();
 
-    const TestFolder m_folder;
+    TestFolder m_folder;
     QStringList m_keysOfTheProgram;
 };
 
