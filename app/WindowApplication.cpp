@@ -13,9 +13,11 @@
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherMenu.h"
 #include "ui/LauncherView.h"
+#include "ui/Typography.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QToolTip>
 
 namespace {
 
@@ -27,6 +29,15 @@ constexpr int TouchBarGap = -14;
 void terminate()
 {
     DispatchQueue::main()->async([] { QCoreApplication::quit(); });
+}
+
+void dressToolTips()
+{
+    QPalette colors = QToolTip::palette();
+    colors.setColor(QPalette::ToolTipBase, QColor::fromRgb(Palette::Peat));
+    colors.setColor(QPalette::ToolTipText, QColor::fromRgb(Palette::Text));
+    QToolTip::setPalette(colors);
+    QToolTip::setFont(Typography::text(13));
 }
 
 } // namespace
@@ -55,6 +66,7 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
         m_view, ControllerServices{m_configuration, *m_httpClient, m_userDefaults, *m_workspace,
                                    *m_activationPolicy, m_alertPresenter,
                                    LocalAuthenticationHandler::shared(), m_timer, *m_reachability});
+    dressToolTips();
     makeMenu();
 }
 

@@ -18,8 +18,18 @@ QString menuStyle()
                "QMenu::item { padding: 8px 26px 8px 16px; margin: 1px 0; border-radius: 5px;"
                " background: transparent }"
                "QMenu::item:selected { color: %2; background: #33342a }"
+               "QMenu::item:disabled { color: #6f807a; background: transparent }"
                "QMenu::separator { height: 1px; background: #33413d; margin: 5px 10px }")
         .arg(name(Palette::Text), name(Palette::Bright));
+}
+
+// Before the menu has a window.
+void dress(QMenu &menu)
+{
+    menu.setWindowFlags(menu.windowFlags() | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
+    menu.setAttribute(Qt::WA_TranslucentBackground);
+    menu.setFont(Typography::text(14));
+    menu.setStyleSheet(menuStyle());
 }
 
 } // namespace
@@ -28,10 +38,7 @@ LauncherMenu::LauncherMenu(QWidget *window) : QMenu(window)
 {
     setTitle(tr("Launcher"));
     setAccessibleName(tr("Launcher"));
-    setWindowFlags(windowFlags() | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
-    setAttribute(Qt::WA_TranslucentBackground);
-    setFont(Typography::text(14));
-    setStyleSheet(menuStyle());
+    dress(*this);
 
     addEntry(tr("&Minimise"), Qt::CTRL | Qt::Key_M, &LauncherMenu::minimiseChosen);
     addSeparator();
@@ -72,6 +79,8 @@ void LauncherMenu::popupForKeyboard()
 
 bool LauncherMenu::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::Polish && watched != this && comesFromWindow(watched))
+        dress(static_cast<QMenu &>(*watched));
     if (event->type() != QEvent::ContextMenu || !isInWindow(watched))
         return QMenu::eventFilter(watched, event);
     const auto &request = static_cast<QContextMenuEvent &>(*event);
@@ -90,4 +99,14 @@ bool LauncherMenu::isInWindow(const QObject *object) const
 {
     const auto *widget = qobject_cast<const QWidget *>(object);
     return widget && widget->window() == parentWidget();
+}
+
+bool LauncherMenu::comesFromWindow(const QObject *menu) const
+{
+    if (!qobject_cast<const QMenu *>(menu))
+        return false;
+    const QObject *owner = menu->parent();
+    while (owner && owner != parent())
+        owner = owner->parent();
+    return owner;
 }

@@ -10,7 +10,8 @@ class LauncherMenu : public QMenu
     Q_OBJECT
 
 public:
-    // Belongs to that window from then on, and so do the shortcuts.
+    // Belongs to that window from then on, and so do the shortcuts. The window's other menus, those
+    // of text fields, look like this one.
     explicit LauncherMenu(QWidget *window);
 
     // Beside the control that has the keyboard.
@@ -28,4 +29,5 @@ private:
     void addEntry(const QString &text, const QKeySequence &shortcut,
                   void (LauncherMenu::*chosen)());
     [[nodiscard]] bool isInWindow(const QObject *object) const;
+    [[nodiscard]] bool comesFromWindow(const QObject *menu) const;
 };

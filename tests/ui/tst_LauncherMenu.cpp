@@ -75,6 +75,7 @@ private slots:
     void opensOnTheBackgroundAtTheMouse();
     void opensOnAControlWithoutAMenu();
     void leavesARightClickInAFieldToTheField();
+    void givesTheMenusOfFieldsItsLook();
     void takesTheMenuKeyFromAField();
     void staysAwayFromOtherWindows();
     void closesWithEscapeWithoutAChoice();
@@ -208,6 +209,20 @@ void TestLauncherMenu::leavesARightClickInAFieldToTheField()
     MenuWorld::ask(world.field, QContextMenuEvent::Mouse);
     QVERIFY(!world.menu->isVisible());
     QVERIFY(QApplication::activePopupWidget());
+}
+
+void TestLauncherMenu::givesTheMenusOfFieldsItsLook()
+{
+    MenuWorld world;
+    MenuWorld::ask(world.field, QContextMenuEvent::Mouse);
+    const QWidget *menu = QApplication::activePopupWidget();
+    QVERIFY(menu);
+    QCOMPARE(menu->styleSheet(), world.menu->styleSheet());
+    QVERIFY(menu->testAttribute(Qt::WA_TranslucentBackground));
+
+    QMenu stranger;
+    stranger.ensurePolished();
+    QCOMPARE(stranger.styleSheet(), QString());
 }
 
 void TestLauncherMenu::takesTheMenuKeyFromAField()
