@@ -103,7 +103,7 @@ def parser() -> argparse.ArgumentParser:
 def main() -> int:
     words = parser().parse_args()
     try:
-        return words.function(words)
+        return int(words.function(words))
     except (RuntimeError, TimeoutError, OSError) as error:
         print(f"stand: {error}", file=sys.stderr)
         return 1

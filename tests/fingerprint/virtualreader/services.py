@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import os
+import select
 import shutil
 import signal
 import subprocess
@@ -156,7 +157,7 @@ class Services:
     def _await_owner(self, name: str, is_there: bool = True) -> None:
         watch = self.bus.watch_name_owner(name, lambda owner: None)
         try:
-            wait_until(lambda: self.bus.name_has_owner(name) == is_there,
+            wait_until(lambda: bool(self.bus.name_has_owner(name)) == is_there,
                        f"{name} {'coming to' if is_there else 'leaving'} the bus")
         finally:
             watch.cancel()
@@ -164,10 +165,8 @@ class Services:
 
 def _await_end(descriptor: int) -> None:
     """A descriptor of a process is readable once it has ended."""
-    ended: list[bool] = []
-    GLib.unix_fd_add_full(GLib.PRIORITY_DEFAULT, descriptor, GLib.IOCondition.IN,
-                          lambda *_: ended.append(True) or False, None)
-    wait_until(lambda: bool(ended), "a process ending")
+    if not select.select([descriptor], [], [], PATIENCE)[0]:
+        raise TimeoutError(f"a process has not ended in {PATIENCE} seconds")
 
 
 def _start_time(pid: int) -> str:
