@@ -9,7 +9,7 @@ from stage import accounts, games
 from stage.waiting import expect, until
 
 TWO_STEPS = "Two-step Authentication"
-SECONDS_TO_WATCH = 8
+SECONDS_TO_WATCH = 6
 
 
 def nothing_typed(player: Player) -> None:

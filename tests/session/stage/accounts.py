@@ -10,7 +10,7 @@ from pathlib import Path
 from harness import settings
 from hosting.accounts import stored_password
 
-# Spaces and signs, but no "&", "=" or "+": the launcher sends these as they are.
+# Spaces and signs, but no "&", "=" or "+": the launcher sends these unescaped.
 PASSWORDS = {"wren": "moorland-8", "robin": "gorse, peat / 100%", "plover": "mist on water"}
 SECRET = "KF2WK3DMNVXW64SUN5VWK3RB"
 

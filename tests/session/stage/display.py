@@ -51,7 +51,8 @@ class Display:
                             "QT_QPA_PLATFORM": "xcb"}
         self._all = {**os.environ, **self.environment}
         helpers.start("window-manager", ["openbox"], more=self.environment)
-        until("the window manager", lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
+        until("the window manager",
+              lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
 
     def windows_of(self, pid: int) -> list[int]:
         """The windows of a process that are on the screen."""
@@ -73,7 +74,7 @@ class Display:
         return self._last_of("_NET_CLIENT_LIST_STACKING")
 
     def xdotool(self, *words: str, typed: Optional[str] = None) -> None:
-        """Plays keys and mouse. What is typed goes through a pipe: everyone on the machine sees command lines."""
+        """Plays keys and mouse. What is typed goes through a pipe, for all see command lines."""
         done = self._run("xdotool", *words, typed=typed)
         if done.returncode != 0 and done.stderr:
             raise RuntimeError(f"xdotool {' '.join(words)}: {done.stderr}")

@@ -1,31 +1,68 @@
-"""The network of the session: a loopback that can be unplugged."""
+"""The network of the session: a loopback that can be unplugged, and a manager that tells of it."""
 
 from __future__ import annotations
 
 import os
 import subprocess
+import sys
+from pathlib import Path
+
+import dbus
+import dbus.bus
 
 from harness import isolation
 
-from .waiting import NotSeen
+from .children import Helpers
+from .waiting import NotSeen, until
+
+MANAGER = "org.freedesktop.NetworkManager"
+MANAGER_PATH = "/org/freedesktop/NetworkManager"
+DISCONNECTED, CONNECTED = 20, 70
+NONE, FULL = 1, 4
 
 
-def plug_in() -> None:
-    """Hosts answer, and the system takes the route for one to the world."""
-    _ip("link", "set", "lo", "up")
-    _ip("route", "replace", "default", "dev", "lo")
+class Network:
+    """A system bus with a network manager on it; `environment` names the bus to programs."""
+
+    def __init__(self, helpers: Helpers, socket: Path) -> None:
+        address = f"unix:path={socket}"
+        self.environment = {"DBUS_SYSTEM_BUS_ADDRESS": address}
+        helpers.start("system-bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                     "--address", address])
+        until("the system bus", socket.exists)
+        helpers.start("network-manager", [sys.executable, "-m", "dbusmock", "--system",
+                                          "--template", "networkmanager"], more=self.environment)
+        self._bus = dbus.bus.BusConnection(address)
+        until("the network manager", lambda: self._bus.name_has_owner(MANAGER))
+        if _is_private():
+            self.plug_in()
+
+    def close(self) -> None:
+        self._bus.close()
+
+    def plug_in(self) -> None:
+        """Hosts can be reached, and the system knows."""
+        _ip("link", "set", "lo", "up")
+        self._tell(CONNECTED, FULL)
+
+    def unplug(self) -> None:
+        """Without its routes every connection fails at once; a loopback only down swallows them."""
+        _ip("link", "set", "lo", "down")
+        _ip("route", "flush", "table", "local")
+        self._tell(DISCONNECTED, NONE)
+
+    def _tell(self, state: int, connectivity: int) -> None:
+        for what, value in (("SetConnectivity", connectivity), ("SetGlobalConnectionState", state)):
+            self._bus.call_blocking(MANAGER, MANAGER_PATH, "org.freedesktop.DBus.Mock", what, "u",
+                                    (value,))
 
 
-def unplug() -> None:
-    _ip("link", "set", "lo", "down")
-
-
-def is_private() -> bool:
+def _is_private() -> bool:
     return bool(os.environ.get(isolation.ENTERED))
 
 
 def _ip(*words: str) -> None:
-    if not is_private():
-        raise NotSeen("a network that can be unplugged was not given: this machine allows no "
-                      "network namespaces")
+    if not _is_private():
+        raise NotSeen("a network that can be unplugged; it takes a network namespace, which this "
+                      "machine refuses")
     subprocess.run(["ip", *words], check=True)

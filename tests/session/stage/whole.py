@@ -14,12 +14,13 @@ from typing import Any, Optional
 from harness import hosts, settings
 from harness.player import Player as Home
 
-from . import accounts, children, games, network
+from . import accounts, children, games
 from .accessibility import Bus
 from .children import Helpers
 from .desktop import Desktop
 from .display import Display
 from .launcher import Launcher
+from .network import Network
 from .waiting import PATIENCE
 
 
@@ -58,8 +59,6 @@ class Stage:
     def _set_up(self) -> None:
         children.adopt_orphans()
         self._closing.callback(children.end_orphans)
-        if network.is_private():
-            network.plug_in()
         self.home = Home(self.folder / "home")
         self.logs = self.folder / "logs"
         self.logs.mkdir()
@@ -68,6 +67,8 @@ class Stage:
         self.display = Display(self.helpers)
         self.bus = Bus(self.helpers, self.folder / "bus", self.display.environment)
         self._closing.callback(self.bus.close)
+        self.network = Network(self.helpers, self.folder / "system-bus")
+        self._closing.callback(self.network.close)
         self.desktop = Desktop(self.folder / "desktop")
         self.version = launcher_version()
         self.game, self.coming_game = games.make(self.folder, self.version)
@@ -82,7 +83,7 @@ class Stage:
     def environment(self) -> dict[str, str]:
         """What the launcher is started with."""
         own = {**self.home.environment(), **self.display.environment, **self.bus.environment,
-               **self.desktop.environment, **self.game_run.environment}
+               **self.network.environment, **self.desktop.environment, **self.game_run.environment}
         if os.geteuid() == 0:
             own["QTWEBENGINE_DISABLE_SANDBOX"] = "1"  # its sandbox refuses to work for root
         return own
