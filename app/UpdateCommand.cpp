@@ -6,6 +6,7 @@
 #include "patcher/VARNOPatcher.h"
 #include "platform/DispatchQueue.h"
 #include "platform/FileSystem.h"
+#include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
 #include <unistd.h>
@@ -108,12 +109,13 @@ void UpdateCommand::patcherUpdateWithMegaByteCount(double megaByteCount, double 
                                                    const QString &filename, qint64 totalFiles)
 {
     const std::lock_guard lock(m_mutex);
+    const QString name = SystemLog::onOneLine(filename); // it comes from outside
     const bool isNewFile = std::exchange(m_lastFile, currentFile) != currentFile;
     if (isNewFile)
         m_megaBytes += m_megaBytesOfFile;
     m_megaBytesOfFile = megaByteCount;
     const QString head =
-        QStringLiteral("Updating file %1 of %2: %3").arg(currentFile).arg(totalFiles).arg(filename);
+        QStringLiteral("Updating file %1 of %2: %3").arg(currentFile).arg(totalFiles).arg(name);
     if (isTerminal())
         showProgress(QStringLiteral("%1 [%2/%3 MB @ %4 MB/s]")
                          .arg(head)
@@ -129,9 +131,11 @@ void UpdateCommand::patcherWriteUpdateWithCurrentFile(qint64 currentFile, qint64
                                                       const QString &filename)
 {
     const std::lock_guard lock(m_mutex);
-    showProgress(
-        QStringLiteral("Writing file %1 of %2: %3").arg(currentFile).arg(totalFiles).arg(filename),
-        currentFile == totalFiles);
+    showProgress(QStringLiteral("Writing file %1 of %2: %3")
+                     .arg(currentFile)
+                     .arg(totalFiles)
+                     .arg(SystemLog::onOneLine(filename)),
+                 currentFile == totalFiles);
     if (!m_patcher->isRunOver())
         return;
     if (!std::exchange(m_isRunOver, true))

@@ -112,7 +112,6 @@ void WindowApplication::copyDiagnostics()
 void WindowApplication::start()
 {
     m_controller->viewDidLoad();
-    m_window.center();
     m_window.show();
     m_controller->viewDidAppear();
 }

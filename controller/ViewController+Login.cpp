@@ -14,6 +14,8 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 
+#include <cmath>
+
 namespace {
 
 constexpr qint64 TwoStepTokenRequired = 3;
@@ -27,8 +29,11 @@ std::optional<qint64> integerOf(const QJsonValue &value)
 {
     if (value.isBool())
         return value.toBool() ? 1 : 0;
-    if (value.isDouble())
-        return qint64(value.toDouble());
+    if (value.isDouble()) {
+        constexpr double limit = 9.2e18; // beyond it lies nothing that fits in 64 bits
+        const double number = value.toDouble();
+        return std::abs(number) < limit ? value.toInteger(qint64(number)) : 0;
+    }
     if (!value.isString())
         return std::nullopt;
     static const QRegularExpression leadingInteger(QStringLiteral("\\A\\s*([+-]?[0-9]+)"));
@@ -146,7 +151,9 @@ void ViewController::loginSucceeded(const QJsonObject &reply)
 {
     m_services.userDefaults.set(QStringLiteral("prevUser"),
                                 m_launcherView.accountIDField()->stringValue());
-    m_services.userDefaults.synchronize();
+    // Not on this thread: a check may be saving thousands of entries at this moment.
+    DispatchQueue::global(DispatchQueue::QualityOfService::Background)
+        ->async([self = shared_from_this()] { self->m_services.userDefaults.synchronize(); });
     {
         const std::lock_guard lock(m_mutex);
         m_playCookie = textOf(reply[QStringLiteral("token")]);

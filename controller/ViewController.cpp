@@ -13,13 +13,17 @@
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 #include "ui/CustomTouchBarView.h"
+#include "ui/CustomWindow.h"
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherView.h"
 #include "ui/TextField.h"
 #include "ui/VARNOProgressView.h"
 
 #include <QCoreApplication>
-#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
 
 using QualityOfService = DispatchQueue::QualityOfService;
 
@@ -39,6 +43,8 @@ void ViewController::viewDidLoad()
         self->createApplicationSupportDir();
     });
     m_launcherView.setDelegate(this);
+    if (auto *window = qobject_cast<CustomWindow *>(m_launcherView.window()))
+        window->center();
     watchNetwork();
     DispatchQueue::global(QualityOfService::Background)->async([self = shared_from_this()] {
         self->cleanUpOldDMGFiles();
@@ -65,6 +71,7 @@ void ViewController::viewDidAppear() { m_launcherView.accountIDField()->becomeFi
 
 void ViewController::viewWillDisappear()
 {
+    m_hasDisappeared = true;
     if (const auto token = std::exchange(m_reachabilityObserver, std::nullopt))
         NotificationCenter::defaultCenter().removeObserver(*token);
     m_launcherView.setDelegate(nullptr);
@@ -98,7 +105,7 @@ void ViewController::checkNetworkStatus()
 void ViewController::createApplicationSupportDir()
 {
     const QString folder = m_services.configuration.dataFolder;
-    if (FileSystem::exists(folder))
+    if (QFileInfo::exists(folder))
         return;
     if (const auto error = FileSystem::createDirectory(folder))
         ErrorHandler::log(*error);
@@ -107,19 +114,18 @@ void ViewController::createApplicationSupportDir()
 void ViewController::cleanUpOldDMGFiles()
 {
     const QString path = m_services.configuration.dataFolder;
-    const QDir folder(path);
-    if (!folder.isReadable()) {
-        ErrorHandler::log(QStringLiteral("The folder %1 cannot be listed.").arg(path));
+    std::error_code error;
+    const std::filesystem::directory_iterator folder(QFile::encodeName(path).toStdString(), error);
+    if (error) {
+        ErrorHandler::log(Error{QStringLiteral("Cannot list %1: %2")
+                                    .arg(path, QString::fromLocal8Bit(error.message().c_str())),
+                                error.value()});
         return;
     }
-    const QStringList names =
-        folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    for (const QString &name : names) {
-        if (!name.endsWith(QStringLiteral(".dmg"), Qt::CaseSensitive))
-            continue;
-        const QString item = path + QLatin1Char('/') + name;
-        if (!QFile::remove(item))
-            QDir(item).removeRecursively();
+    for (const auto &item : folder) {
+        // Links go, what they lead to stays; what cannot be removed stays, too.
+        if (item.path().filename().string().ends_with(".dmg"))
+            std::filesystem::remove_all(item.path(), error);
     }
 }
 
@@ -127,6 +133,8 @@ void ViewController::downloadPatcherJSON(const QString &url, const Completion &c
 {
     DispatchQueue::global(QualityOfService::High)
         ->async([self = shared_from_this(), url, completion] {
+            if (self->m_hasDisappeared)
+                return;
             const Manifest::Fetched fetched = Manifest::fetch(self->m_services.httpClient, url);
             if (fetched.outcome == Manifest::Fetched::Outcome::NoData)
                 return;

@@ -175,6 +175,7 @@ private:
     const ControllerServices m_services;
     const std::unique_ptr<VARNOPostHelper> m_postHelper;
     std::atomic<bool> m_hasReturnedFromGame = false;
+    std::atomic<bool> m_hasDisappeared = false; // ends the endless fetch of an unparsable manifest
     std::unique_ptr<Reachability> m_hostReachability; // null where the system has no source
     int m_previousInternetStatus = 0;
     std::optional<int> m_reachabilityObserver;

@@ -51,6 +51,8 @@ std::optional<Error> VARNOPatchFile::keep(const QByteArray &data) const
 {
     if (!isPlainFileName(m_name))
         return Error{QStringLiteral("The patch %1 cannot name a file.").arg(m_name), 0};
+    if (FileSystem::temporaryDirectory().isEmpty())
+        return Error{QStringLiteral("There is no temporary directory."), 0};
     return FileSystem::writeAtomically(filePath(), data);
 }
 

@@ -12,6 +12,9 @@ namespace SystemLog {
 // that a text from outside cannot forge a line.
 void write(const QString &text);
 
+// The text without line breaks and other control characters, which become escapes.
+[[nodiscard]] QString onOneLine(const QString &text);
+
 // Receives each line as it is written, on the writing thread. Returns the observer that was there
 // before; an empty function means none. For tests and for the list of recent lines.
 using Observer = std::function<void(const QString &line)>;

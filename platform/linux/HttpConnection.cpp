@@ -1,5 +1,6 @@
 #include "platform/linux/QtHttp.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
 #include <QThread>
@@ -22,6 +23,11 @@ QNetworkAccessManager &managerOfThisThread()
 
 // The statuses of which Qt follows the target or fails; the other ones of their hundred are
 // answers.
+int statusOf(const QNetworkReply &reply)
+{
+    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
 bool isRedirect(int status)
 {
     return (status >= 301 && status <= 303) || status == 305 || status == 307 || status == 308;
@@ -60,16 +66,44 @@ QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslCon
     return result;
 }
 
+// A body that cannot be read twice. Qt sends a body that can be anew, unasked, when a connection
+// ends without an answer; a login must not count twice.
+class OneWayBody final : public QBuffer
+{
+public:
+    OneWayBody(const QByteArray &body, QObject *parent) : QBuffer(parent)
+    {
+        setData(body);
+        open(QIODevice::ReadOnly);
+    }
+    bool isSequential() const override { return true; }
+};
+
 // With a body, even an empty one, Qt ignores the read buffer's size and takes in all that comes.
 QNetworkReply *sendByQt(const HttpRequest &request, const QSslConfiguration &sslConfiguration)
 {
     QNetworkAccessManager &manager = managerOfThisThread();
-    const QNetworkRequest qtRequest = toQt(request, sslConfiguration);
+    QNetworkRequest qtRequest = toQt(request, sslConfiguration);
     if (request.method == QByteArrayLiteral("GET"))
         return manager.get(qtRequest);
     if (request.body.isEmpty())
         return manager.sendCustomRequest(qtRequest, request.method);
-    return manager.sendCustomRequest(qtRequest, request.method, request.body);
+    qtRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    qtRequest.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+    // Qt would want to read the body again for the next place.
+    qtRequest.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                           QNetworkRequest::ManualRedirectPolicy);
+    auto *body = new OneWayBody(request.body, &manager);
+    QNetworkReply *reply = manager.sendCustomRequest(qtRequest, request.method, body);
+    body->setParent(reply);
+    return reply;
+}
+
+bool isSameOrigin(const QUrl &one, const QUrl &other)
+{
+    constexpr int standardPort = 443;
+    return one.scheme() == other.scheme() && one.host() == other.host() &&
+           one.port(standardPort) == other.port(standardPort);
 }
 
 } // namespace
@@ -111,6 +145,11 @@ void QtHttpConnection::send()
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &QtHttpConnection::takeResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &QtHttpConnection::takeData);
     connect(m_reply, &QNetworkReply::finished, this, &QtHttpConnection::takeEnd);
+    connect(m_reply, &QNetworkReply::requestSent, this, [this] { m_isSent = true; });
+    connect(m_reply, &QNetworkReply::encrypted, this, [this] {
+        if (m_isSent && !m_request.body.isEmpty())
+            m_reply->abort(); // a second connection, for which there is no body
+    });
     if (!m_isPaused)
         m_idleTimer.start(m_request.idleTimeout);
 }
@@ -137,7 +176,7 @@ void QtHttpConnection::setPaused(bool isPaused)
 
 void QtHttpConnection::takeResponse()
 {
-    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const int status = statusOf(*m_reply);
     if (m_isPaused || m_hasResponse || status == 0 || isRedirect(status))
         return;
     m_hasResponse = true;
@@ -163,9 +202,37 @@ void QtHttpConnection::takeData()
     m_delegate->connectionDidReceiveData(data);
 }
 
+// Only for requests with a body; Qt follows the others by itself.
+bool QtHttpConnection::followRedirect()
+{
+    constexpr int mostRedirects = 10;
+    const int status = statusOf(*m_reply);
+    const QUrl target = m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    if (m_request.body.isEmpty() || !isRedirect(status) || !target.isValid() ||
+        ++m_redirectCount > mostRedirects)
+        return false;
+    const QUrl url = m_reply->url().resolved(target);
+    const bool isSafe = url.scheme() == m_request.url.scheme();
+    if (!isSafe || (m_request.redirects == HttpRequest::Redirects::SameOrigin &&
+                    !isSameOrigin(url, m_request.url)))
+        return false;
+    constexpr int temporaryRedirect = 307;
+    if (status < temporaryRedirect) { // the answer is there to be fetched, as for a form
+        m_request.method = QByteArrayLiteral("GET");
+        m_request.body.clear();
+        m_request.headers.clear();
+    }
+    m_request.url = url;
+    m_isSent = false;
+    m_reply->disconnect(this);
+    m_reply->deleteLater();
+    send();
+    return true;
+}
+
 void QtHttpConnection::takeEnd()
 {
-    if (m_isPaused || !m_reply)
+    if (m_isPaused || !m_reply || followRedirect())
         return;
     m_idleTimer.stop();
     takeData();

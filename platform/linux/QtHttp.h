@@ -32,12 +32,13 @@ private:
     void takeResponse();
     void takeData();
     void takeEnd();
+    [[nodiscard]] bool followRedirect();
     void fail(const Error &error);
     void giveUpWaiting();
     void end();
     [[nodiscard]] bool isWholeBody() const;
 
-    const HttpRequest m_request;
+    HttpRequest m_request; // what is asked now; a redirect may change it
     const QSslConfiguration m_sslConfiguration;
     std::shared_ptr<HttpConnectionDelegate> m_delegate;
     std::shared_ptr<QtHttpConnection> m_self; // from start() to the last message
@@ -46,6 +47,8 @@ private:
     int m_status = 0;
     qint64 m_expectedLength = -1;
     qint64 m_receivedLength = 0;
+    int m_redirectCount = 0;
+    bool m_isSent = false;
     bool m_hasResponse = false;
     bool m_isPaused = false;
     bool m_hasTimedOut = false;

@@ -26,6 +26,8 @@ bool endsLinesOrControls(QChar c)
            c.category() == QChar::Separator_Paragraph;
 }
 
+} // namespace
+
 QString onOneLine(const QString &text)
 {
     QString line;
@@ -42,8 +44,6 @@ QString onOneLine(const QString &text)
     }
     return line;
 }
-
-} // namespace
 
 void write(const QString &text)
 {

@@ -83,10 +83,14 @@ void TestStartUp::removesOnlyOldInstallers()
 {
     for (const auto *name : {"a.dmg", "b.DMG", "c.dmg.part", ".d.dmg", "folder.dmg/inside"})
         m_world->folder.write(QStringLiteral("Quellmoor/") + QLatin1String(name), "x");
+    m_world->folder.write(QStringLiteral("elsewhere/kept"), "x");
+    m_world->folder.link(m_world->folder.path(QStringLiteral("elsewhere")),
+                         QStringLiteral("Quellmoor/link.dmg"));
     m_world->start();
     QTRY_COMPARE(m_world->folder.tree().filter(QStringLiteral("Quellmoor/")),
                  QStringList({QStringLiteral("Quellmoor/"), QStringLiteral("Quellmoor/b.DMG=x"),
                               QStringLiteral("Quellmoor/c.dmg.part=x")}));
+    QVERIFY(m_world->folder.read(QStringLiteral("elsewhere/kept")));
 }
 
 void TestStartUp::removesInstallersOnlyAtTheStart()
@@ -104,8 +108,8 @@ void TestStartUp::logsWhenTheDataFolderCannotBeListed()
 {
     m_world->controller->cleanUpOldDMGFiles();
     QCOMPARE(m_world->log.lines(),
-             QStringList{QStringLiteral("+[ErrorHandler log:] [line 14]: The folder %1 cannot be "
-                                        "listed.")
+             QStringList{QStringLiteral("+[ErrorHandler log:] [line 14]: Cannot list %1: No such "
+                                        "file or directory")
                              .arg(m_world->configuration.dataFolder)});
 }
 
