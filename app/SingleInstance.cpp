@@ -46,8 +46,12 @@ bool SingleInstance::claim()
 {
     const QDeadlineTimer deadline(MillisecondsToComeUp);
     while (!lock(MillisecondsBetweenTries)) {
-        if (askOtherToComeForward() || deadline.hasExpired())
+        if (askOtherToComeForward())
             return false;
+        if (deadline.hasExpired()) { // one without a window, which nobody can bring forward
+            ErrorHandler::log(QStringLiteral("Another launcher is updating the game."));
+            return false;
+        }
     }
     listen();
     return true;

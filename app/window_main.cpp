@@ -11,6 +11,8 @@
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 
+#include <unistd.h>
+
 #include <cstdio>
 
 namespace {
@@ -23,6 +25,12 @@ bool hasGraphicsInterface()
     surface.create();
     QOpenGLContext context;
     return context.create() && context.makeCurrent(&surface);
+}
+
+// The web engine's sandbox does not work for root, and without it the engine ends the process.
+bool isRootWithSandbox()
+{
+    return geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX");
 }
 
 } // namespace
@@ -41,7 +49,8 @@ int main(int argc, char **argv)
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
     const Translations translations(QLocale::system().uiLanguages());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
-    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets, !hasGraphicsInterface());
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets,
+                                   isRootWithSandbox() || !hasGraphicsInterface());
 
     const Configuration configuration = Configuration::compiledIn();
     SingleInstance instance(configuration.dataFolder);
