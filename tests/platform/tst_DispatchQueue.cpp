@@ -1,7 +1,7 @@
+#include "Signal.h"
 #include "TestMain.h"
 #include "platform/DispatchQueue.h"
 
-#include <QSemaphore>
 #include <QTest>
 #include <QThread>
 
@@ -37,6 +37,20 @@ namespace {
 
 constexpr int Limit = 20000;
 
+void raise(Signal &signal, int times)
+{
+    for (int i = 0; i < times; ++i)
+        signal.raise();
+}
+
+bool waitFor(Signal &signal, int times)
+{
+    int raised = 0;
+    while (raised < times && signal.wait())
+        ++raised;
+    return raised == times;
+}
+
 // Blocks that wait for one another: passes once so many are inside.
 class Meeting
 {
@@ -46,21 +60,21 @@ public:
     bool attend()
     {
         if (++m_present == m_size)
-            m_open.release(m_size);
-        return m_open.tryAcquire(1, Limit);
+            raise(m_open, m_size);
+        return m_open.wait();
     }
 
 private:
     const int m_size;
     std::atomic<int> m_present = 0;
-    QSemaphore m_open;
+    Signal m_open;
 };
 
 void runAndWait(DispatchQueue &queue)
 {
-    QSemaphore done;
-    queue.async([&done] { done.release(); });
-    if (!done.tryAcquire(1, Limit))
+    Signal done;
+    queue.async([&done] { done.raise(); });
+    if (!done.wait())
         qFatal("a block never ran");
 }
 
@@ -80,13 +94,13 @@ void TestDispatchQueue::runsEachKindAwayFromTheCaller_data()
 void TestDispatchQueue::runsEachKindAwayFromTheCaller()
 {
     QFETCH(std::shared_ptr<DispatchQueue>, queue);
-    QSemaphore done;
+    Signal done;
     std::thread::id thread;
     queue->async([&] {
         thread = std::this_thread::get_id();
-        done.release();
+        done.raise();
     });
-    QVERIFY(done.tryAcquire(1, Limit));
+    QVERIFY(done.wait());
     QVERIFY(thread != std::this_thread::get_id());
 }
 
@@ -135,16 +149,16 @@ void TestDispatchQueue::neverRunsTwoBlocksOfASerialQueueAtOnce()
 void TestDispatchQueue::takesBlocksFromWithinABlock()
 {
     const auto queue = DispatchQueue::makeSerial(QStringLiteral("nested"));
-    QSemaphore done;
+    Signal done;
     QStringList order;
     queue->async([&] {
         queue->async([&] {
             order += QStringLiteral("inner");
-            done.release();
+            done.raise();
         });
         order += QStringLiteral("outer");
     });
-    QVERIFY(done.tryAcquire(1, Limit));
+    QVERIFY(done.wait());
     QCOMPARE(order, QStringList({QStringLiteral("outer"), QStringLiteral("inner")}));
 }
 
@@ -152,31 +166,31 @@ void TestDispatchQueue::outlivesItsLastReferenceInsideItsOwnBlock()
 {
     auto queue = DispatchQueue::makeSerial(QStringLiteral("dropped inside"));
     const std::weak_ptr<DispatchQueue> watched = queue;
-    QSemaphore start;
-    QSemaphore done;
+    Signal start;
+    Signal done;
     queue->async([&] {
-        start.tryAcquire(1, Limit);
+        waitFor(start, 1);
         queue.reset();
-        done.release();
+        done.raise();
     });
-    queue->async([&] { done.release(); });
-    start.release();
-    QVERIFY(done.tryAcquire(2, Limit));
+    queue->async([&] { done.raise(); });
+    start.raise();
+    QVERIFY(waitFor(done, 2));
     QTRY_VERIFY_WITH_TIMEOUT(watched.expired(), Limit);
 }
 
 void TestDispatchQueue::runsWhatWaitsWhenTheLastReferenceGoes()
 {
-    QSemaphore start;
-    QSemaphore done;
+    Signal start;
+    Signal done;
     {
         const auto queue = DispatchQueue::makeSerial(QStringLiteral("dropped"));
-        queue->async([&] { start.tryAcquire(1, Limit); });
+        queue->async([&] { waitFor(start, 1); });
         for (int i = 0; i < 100; ++i)
-            queue->async([&] { done.release(); });
+            queue->async([&] { done.raise(); });
     }
-    start.release();
-    QVERIFY(done.tryAcquire(100, Limit));
+    start.raise();
+    QVERIFY(waitFor(done, 100));
 }
 
 void TestDispatchQueue::runsBlocksOfAConcurrentQueueAtOnce_data()
@@ -196,33 +210,35 @@ void TestDispatchQueue::runsBlocksOfAConcurrentQueueAtOnce()
     QFETCH(int, atOnce);
     Meeting meeting(atOnce);
     std::atomic<int> met = 0;
-    QSemaphore done;
+    Signal done;
     for (int i = 0; i < atOnce; ++i) {
         queue->async([&] {
             met += meeting.attend();
-            done.release();
+            done.raise();
         });
     }
-    QVERIFY(done.tryAcquire(atOnce, 2 * Limit));
+    QVERIFY(waitFor(done, atOnce));
     QCOMPARE(met.load(), atOnce);
 }
 
 void TestDispatchQueue::keepsOneLevelFromHoldingAnother()
 {
-    QSemaphore hold;
-    QSemaphore done;
+    Signal hold;
+    Signal done;
+    std::atomic<int> ended = 0;
     const int held = 2 * QThread::idealThreadCount();
     for (int i = 0; i < held; ++i) {
         DispatchQueue::global(QualityOfService::Utility)->async([&] {
-            hold.tryAcquire(1, Limit);
-            done.release();
+            waitFor(hold, 1);
+            ++ended;
+            done.raise();
         });
     }
     runAndWait(*DispatchQueue::global(QualityOfService::High));
     runAndWait(*DispatchQueue::global(QualityOfService::Background));
-    QCOMPARE(done.available(), 0);
-    hold.release(held);
-    QVERIFY(done.tryAcquire(held, Limit));
+    QCOMPARE(ended.load(), 0);
+    raise(hold, held);
+    QVERIFY(waitFor(done, held));
 }
 
 void TestDispatchQueue::startsBackgroundBlocksOneByOneInOrder()
@@ -274,17 +290,17 @@ void TestDispatchQueue::knowsLabelAndKind()
 
 void TestDispatchQueue::drainsOnlyWhenNothingRunsOrWaits()
 {
-    QSemaphore hold;
+    Signal hold;
     std::atomic<int> ended = 0;
     const auto queue = DispatchQueue::makeSerial(QStringLiteral("drained"));
     for (int i = 0; i < 3; ++i) {
         queue->async([&] {
-            hold.tryAcquire(1, Limit);
+            waitFor(hold, 1);
             ++ended;
         });
     }
     QVERIFY(!DispatchQueue::drain(50));
-    hold.release(3);
+    raise(hold, 3);
     QVERIFY(DispatchQueue::drain(Limit));
     QCOMPARE(ended.load(), 3);
 }

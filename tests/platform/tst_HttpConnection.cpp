@@ -3,9 +3,11 @@
 #include "TestServer.h"
 #include "platform/HttpClient.h"
 
+#include <QEventLoop>
 #include <QTest>
-#include <QThread>
 #include <QTimer>
+
+#include <thread>
 
 using namespace std::chrono_literals;
 
@@ -432,19 +434,21 @@ void TestHttpConnection::speaksOnTheThreadThatStartedItWithAnEventLoop()
     TestServer server;
     server.route("/", TestReply::whole("body"));
     const auto delegate = std::make_shared<RecordingConnectionDelegate>();
-    QThread thread;
-    QObject context;
-    context.moveToThread(&thread);
     std::thread::id identifier;
-    thread.start();
-    QMetaObject::invokeMethod(&context, [&] {
+    std::thread([&] {
         identifier = std::this_thread::get_id();
-        makeConnection(get(server.url()), delegate)->start();
-    });
-    const bool hasEnded = QTest::qWaitFor([&] { return delegate->hasEnded(); }, Limit);
-    thread.quit();
-    thread.wait();
-    QVERIFY(hasEnded);
+        QEventLoop loop;
+        QTimer::singleShot(0, &loop, [&] { makeConnection(get(server.url()), delegate)->start(); });
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, &loop, [&] {
+            if (delegate->hasEnded())
+                loop.quit();
+        });
+        watch.start(10);
+        QTimer::singleShot(Limit, &loop, &QEventLoop::quit);
+        loop.exec();
+    }).join();
+    QVERIFY(delegate->hasEnded());
     QCOMPARE(delegate->data(), QByteArray("body"));
     QVERIFY(delegate->thread() == identifier);
 }

@@ -14,6 +14,7 @@ class TestHttpTrust : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void followsARedirect_data();
     void followsARedirect();
     void tellsNothingOfTheRedirectItself();
@@ -26,6 +27,9 @@ private slots:
     void refusesAServerThatCannotProveItself();
     void refusesTheTestAuthorityWhenItIsNotAdded_data();
     void refusesTheTestAuthorityWhenItIsNotAdded();
+
+private:
+    std::unique_ptr<HttpClient> m_client;
 };
 
 namespace {
@@ -42,11 +46,6 @@ std::shared_ptr<RecordingConnectionDelegate> run(HttpClient &client, const HttpR
     if (!QTest::qWaitFor([delegate] { return delegate->hasEnded(); }, 20000))
         qFatal("the connection never ended");
     return delegate;
-}
-
-std::unique_ptr<HttpClient> makeTrustingClient()
-{
-    return makeHttpClient(Certificates::shared().authorityFile());
 }
 
 HttpRequest get(const QUrl &url)
@@ -74,6 +73,11 @@ void addRedirectStatuses()
 
 } // namespace
 
+void TestHttpTrust::initTestCase()
+{
+    m_client = makeHttpClient(Certificates::shared().authorityFile());
+}
+
 void TestHttpTrust::followsARedirect_data() { addRedirectStatuses(); }
 
 void TestHttpTrust::followsARedirect()
@@ -83,7 +87,7 @@ void TestHttpTrust::followsARedirect()
     TestServer second;
     first.route("/", TestReply::redirect(second.url("/there"), status));
     second.route("/there", TestReply::whole("arrived"));
-    const auto delegate = run(*makeTrustingClient(), get(first.url()));
+    const auto delegate = run(*m_client, get(first.url()));
     QCOMPARE(delegate->events(), QStringList({QStringLiteral("response 200 7"),
                                               QStringLiteral("data"), QStringLiteral("finish")}));
     QCOMPARE(delegate->data(), QByteArray("arrived"));
@@ -94,7 +98,7 @@ void TestHttpTrust::tellsNothingOfTheRedirectItself()
     TestServer server;
     server.route("/", TestReply::whole("moved", 302, {{"Location", "/there"}}));
     server.route("/there", TestReply::whole("not here", 404));
-    const auto delegate = run(*makeTrustingClient(), get(server.url()));
+    const auto delegate = run(*m_client, get(server.url()));
     QCOMPARE(delegate->events(), QStringList({QStringLiteral("response 404 8"),
                                               QStringLiteral("data"), QStringLiteral("finish")}));
     QCOMPARE(delegate->data(), QByteArray("not here"));
@@ -109,7 +113,7 @@ void TestHttpTrust::neverFollowsFromHttpsToHttp()
     TestServer open(TestServer::Scheme::Http);
     open.setHandler([](const TestRequest &) { return TestReply::whole("trap"); });
     safe.route("/", TestReply::redirect(open.url(), status));
-    const auto delegate = run(*makeTrustingClient(), postSecret(safe.url(), Redirects::NoLessSafe));
+    const auto delegate = run(*m_client, postSecret(safe.url(), Redirects::NoLessSafe));
     QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
     QCOMPARE(open.receivedBytes(), QByteArray());
     QVERIFY(safe.receivedBytes().endsWith(Secret));
@@ -126,10 +130,9 @@ void TestHttpTrust::staysWithinTheOriginWhenTold()
     own.route("/away", TestReply::redirect(stranger.url(), status));
     own.route("/near", TestReply::redirect(own.url("/there"), status));
     own.route("/there", TestReply::whole("arrived"));
-    const auto client = makeTrustingClient();
-    QCOMPARE(run(*client, postSecret(own.url("/away"), Redirects::SameOrigin))->events(),
+    QCOMPARE(run(*m_client, postSecret(own.url("/away"), Redirects::SameOrigin))->events(),
              QStringList{QStringLiteral("failure")});
-    QCOMPARE(run(*client, postSecret(own.url("/near"), Redirects::SameOrigin))->data(),
+    QCOMPARE(run(*m_client, postSecret(own.url("/near"), Redirects::SameOrigin))->data(),
              QByteArray("arrived"));
     QCOMPARE(stranger.receivedBytes(), QByteArray());
 }
@@ -138,8 +141,7 @@ void TestHttpTrust::givesUpOnACircleOfRedirects()
 {
     TestServer server;
     server.route("/", TestReply::redirect(server.url("/")));
-    QCOMPARE(run(*makeTrustingClient(), get(server.url()))->events(),
-             QStringList{QStringLiteral("failure")});
+    QCOMPARE(run(*m_client, get(server.url()))->events(), QStringList{QStringLiteral("failure")});
 }
 
 void TestHttpTrust::refusesAServerThatCannotProveItself_data()
@@ -153,8 +155,7 @@ void TestHttpTrust::refusesAServerThatCannotProveItself()
 {
     QFETCH(Certificates::Identity, identity);
     TestServer server(identity);
-    const auto delegate =
-        run(*makeTrustingClient(), postSecret(server.url(), Redirects::NoLessSafe));
+    const auto delegate = run(*m_client, postSecret(server.url(), Redirects::NoLessSafe));
     QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
     QCOMPARE(server.receivedBytes(), QByteArray());
 }

@@ -1,5 +1,7 @@
 #include "TestServer.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QFile>
 #include <QHash>
 #include <QSslCertificate>
@@ -12,6 +14,7 @@
 #include <sys/socket.h>
 
 #include <deque>
+#include <future>
 #include <mutex>
 
 // What the test's thread and the server's thread share.
@@ -23,6 +26,7 @@ struct TestServer::State
     QList<TestRequest> requests;
     QByteArray receivedBytes;
     int waitingCount = 0;
+    std::deque<std::function<void()>> commands; // of the test, for the server's thread
 
     TestReply answer(const TestRequest &request)
     {
@@ -52,6 +56,8 @@ public:
 
 protected:
     void incomingConnection(qintptr descriptor) override;
+    // Runs the commands.
+    void customEvent(QEvent *event) override;
 
 private:
     void publishWaitingCount();
@@ -211,6 +217,17 @@ void TestServer::Listener::incomingConnection(qintptr descriptor)
     new Connection(*this, descriptor, m_scheme == Scheme::Https ? &m_sslConfiguration : nullptr);
 }
 
+void TestServer::Listener::customEvent(QEvent *)
+{
+    std::deque<std::function<void()>> commands;
+    {
+        const std::lock_guard lock(m_state->mutex);
+        commands.swap(m_state->commands);
+    }
+    for (const auto &command : commands)
+        command();
+}
+
 void TestServer::Listener::release(int steps)
 {
     m_releases += steps;
@@ -289,9 +306,18 @@ void TestServer::setHandler(Handler handler)
     m_state->handler = std::move(handler);
 }
 
+void TestServer::run(std::function<void()> command) const
+{
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->commands.push_back(std::move(command));
+    }
+    QCoreApplication::postEvent(m_listener, new QEvent(QEvent::User));
+}
+
 void TestServer::release(int steps)
 {
-    QMetaObject::invokeMethod(m_listener, [this, steps] { m_listener->release(steps); });
+    run([this, steps] { m_listener->release(steps); });
 }
 
 bool TestServer::waitForWaiting(int replies, std::chrono::milliseconds limit) const
@@ -340,9 +366,7 @@ QByteArray TestServer::receivedBytes() const
 
 qint64 TestServer::sentByteCount() const
 {
-    qint64 count = 0;
-    QMetaObject::invokeMethod(
-        m_listener, [this, &count] { count = m_listener->sentByteCount(); },
-        Qt::BlockingQueuedConnection);
-    return count;
+    std::promise<qint64> count;
+    run([this, &count] { count.set_value(m_listener->sentByteCount()); });
+    return count.get_future().get();
 }

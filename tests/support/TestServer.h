@@ -120,6 +120,9 @@ private:
     class Listener;
     class Connection;
 
+    // On the server's thread, soon.
+    void run(std::function<void()> command) const;
+
     const Scheme m_scheme;
     const std::shared_ptr<State> m_state;
     quint16 m_port = 0;
