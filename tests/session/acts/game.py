@@ -39,7 +39,7 @@ def launcher_out_of_sight(player: Player) -> None:
 
 def launcher_is_back(player: Player) -> None:
     """When the game ends, the launcher is in front again, with login form and user name"""
-    player.stage.start_program(OTHER_PROGRAM)
+    other_program = player.stage.start_program(OTHER_PROGRAM)
     display = player.stage.display
     (other,) = until("another program", lambda: display.windows_named(OTHER_TITLE))
     display.xdotool("windowactivate", str(other))
@@ -52,6 +52,7 @@ def launcher_is_back(player: Player) -> None:
     player.sees_status("Login")
     until("no zombies of the launcher", lambda: not children.zombies(player.launcher.pid))
     player.takes_picture("launcher-is-back")
+    children.end(other_program)
 
 
 def hidden_since_start(player: Player, report: dict[str, Any]) -> Optional[float]:

@@ -6,7 +6,7 @@ import re
 
 from player.person import Player
 from stage import accounts, games
-from stage.waiting import expect, until
+from stage.waiting import expect
 
 TWO_STEPS = "Two-step Authentication"
 SECONDS_TO_WATCH = 6
@@ -19,7 +19,7 @@ def nothing_typed(player: Player) -> None:
     player.has_focus_in(player.sees("text", "Account"))
     player.sees("label", f"Launcher v{player.stage.version}")
     player.sees("label", f"Server v{player.stage.game.server_version}")
-    until("the news page", lambda: "account.localhost/launcher/" in player.stage.hosts.asked_for())
+    player.sees_news()
     player.takes_picture("login-form")
     player.clicks_button("Play")
     player.sees_status("You must enter a Username and Password.")

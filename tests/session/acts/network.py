@@ -17,11 +17,13 @@ def start_without_and_return(player: Player) -> None:
     player.logs_in("wren", PASSWORDS["wren"])
     player.sees_status("900: Couldn't connect to the account server.")
     player.sees_login_form()
+    player.sees_no_news()
     player.takes_picture("without-network")
     player.stage.network.plug_in()
     player.sees("label", f"Server v{player.stage.game.server_version}")
     wanted = {f"download.localhost{hosts.MANIFEST}", "account.localhost/launcher/"}
     until("manifest and news", lambda: wanted <= set(player.stage.hosts.asked_for()))
+    player.sees_news()
     player.takes_picture("network-is-back")
     player.clicks_button("Close")
     expect("exit code", player.launcher.ended(), 0)

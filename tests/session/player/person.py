@@ -13,6 +13,7 @@ from stage.whole import Stage
 from .album import Album
 
 FIRST_STATUS = "Login"
+LIGHT, LIGHT_DOTS_OF_A_PAGE = 180, 500
 LOGIN_FORM = (("text", "Account"), ("text", "Password"), ("push button", "Play"),
               ("push button", "Forgot password?"), ("push button", "Create an account"))
 
@@ -69,6 +70,18 @@ class Player:
     def sees_no_login_form(self) -> None:
         for role, name in LOGIN_FORM:
             self.no_longer_sees(role, name)
+
+    def sees_news(self) -> None:
+        """News are light letters on the dark picture."""
+        until("news to read", lambda: self._light_dots_in_the_news() > LIGHT_DOTS_OF_A_PAGE)
+
+    def sees_no_news(self) -> None:
+        expect("letters where no news can be", self._light_dots_in_the_news(), 0)
+
+    def _light_dots_in_the_news(self) -> int:
+        found = self.launcher.find("filler", "News")
+        colours = self.stage.display.colours(self.launcher.area(found)) if found else []
+        return sum(min(colour) > LIGHT for colour in colours)
 
     def sees_nothing_left_running(self) -> None:
         """Whatever a launcher has started is gone with it."""

@@ -99,9 +99,9 @@ class Stage:
         return subprocess.run([str(settings.launcher())], env=self.environment(), check=False,
                               timeout=PATIENCE, capture_output=True).returncode
 
-    def start_program(self, *command: str) -> None:
+    def start_program(self, *command: str) -> subprocess.Popen[bytes]:
         """Another program on the same display."""
-        self.helpers.start(Path(command[0]).name, command, more=self.display.environment)
+        return self.helpers.start(Path(command[0]).name, command, more=self.display.environment)
 
     @property
     def launcher(self) -> Launcher:
