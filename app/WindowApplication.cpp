@@ -113,7 +113,8 @@ void WindowApplication::start()
 {
     m_controller->viewDidLoad();
     m_window.show();
-    m_controller->viewDidAppear();
+    // After what the view has queued for itself, which takes the keyboard from the fields.
+    DispatchQueue::main()->async([controller = m_controller] { controller->viewDidAppear(); });
 }
 
 void WindowApplication::showTouchBar()

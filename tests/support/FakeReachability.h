@@ -41,9 +41,9 @@ private:
         explicit Source(FakeReachability &network) : m_network(network) {}
 
         std::optional<Flags> flags() const override { return m_network.flags; }
-        bool setCallback(std::function<void()> callback) override
+        bool setCallback(std::function<void()> newCallback) override
         {
-            m_network.callback = std::move(callback);
+            m_network.callback = std::move(newCallback);
             return m_network.canSetCallback;
         }
         bool schedule() override { return m_network.isScheduled = m_network.canSchedule; }
