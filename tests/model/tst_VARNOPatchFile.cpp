@@ -17,6 +17,9 @@ VARNOPatchFile patchNamed(const QString &name, const QString &localPath = u"/gam
     return {name, localPath, u"1"_s, u"2"_s, u"https://h/mac/patches/"_s};
 }
 
+// A name that no other process has in the folder above.
+QString outsideName() { return u"quellmoor%1_1_2.patch"_s.arg(QCoreApplication::applicationPid()); }
+
 QStringList filesIn(const QString &path)
 {
     return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -110,9 +113,10 @@ void TestVARNOPatchFile::refusesANameThatIsNoFileName_data()
     QTest::newRow("empty") << QString();
     QTest::newRow("NUL") << QString(u"a\0b_1_2"_s);
     QTest::newRow("too long") << QString(256, u'x');
-    for (const auto *name :
-         {".", "..", "../x_1_2.patch", "/tmp/x_1_2.patch", "a/b_1_2.patch", "a/"})
-        QTest::newRow(name) << QString::fromLatin1(name);
+    const QString outside = outsideName();
+    for (const QString &name :
+         {u"."_s, u".."_s, u"../"_s + outside, u"/tmp/"_s + outside, u"a/b_1_2.patch"_s, u"a/"_s})
+        QTest::newRow(qPrintable(name)) << name;
 }
 
 void TestVARNOPatchFile::refusesANameThatIsNoFileName()
@@ -122,7 +126,7 @@ void TestVARNOPatchFile::refusesANameThatIsNoFileName()
     const auto before = filesIn(temporaryDirectory());
     WriteReport report;
     patchNamed(name).writeToDisk("evil"_ba, report.completion());
-    QCOMPARE(std::tuple(filesIn(temporaryDirectory()), QFile::exists(above + u"/x_1_2.patch"_s),
+    QCOMPARE(std::tuple(filesIn(temporaryDirectory()), QFile::exists(above + u'/' + outsideName()),
                         report.calls()),
              std::tuple(before, false, QStringList{name + u", error, \"\""_s}));
 }

@@ -6,6 +6,7 @@
 
 #include <QTest>
 
+#include <barrier>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -30,6 +31,23 @@ bool doElsewhere(const std::function<void()> &work)
         done->raise();
     }).detach();
     return done->wait();
+}
+
+// All completions, each thread every fourth one, all threads at once.
+void completeOnFourThreads(const TestEngine::Files &files)
+{
+    constexpr int Threads = 4;
+    std::barrier begin(Threads);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < Threads; ++thread) {
+        threads.emplace_back([&files, &begin, thread] {
+            begin.arrive_and_wait();
+            for (qsizetype i = thread; i < files.size(); i += Threads)
+                files[i]->complete();
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
 }
 
 // An engine over connections that answer by themselves.
@@ -67,6 +85,7 @@ private slots:
     void answersItsDelegateWithinEveryMessage_data();
     void answersItsDelegateWithinEveryMessage();
     void keepsTheStepsOfCompletionsApart();
+    void holdsBackOtherCompletionsDuringAMessage();
     void answersOtherThreadsDuringARun();
     void endsAfterItsLastWorkWhenNobodyHoldsIt();
 };
@@ -172,41 +191,59 @@ void TestConcurrency::answersItsDelegateWithinEveryMessage()
 void TestConcurrency::keepsTheStepsOfCompletionsApart()
 {
     constexpr int Count = 400;
-    constexpr int Threads = 4;
     const TestEngine engine;
     QStringList names;
     for (int i = 0; i < Count; ++i)
         names += nameOf(i);
     const auto files = engine.enqueueHolding(names);
     engine.patcher->start();
-    for (int i = 0; i < Count; ++i)
+    for (const auto &file : files) {
+        file->logText = u"disk "_s + file->downloadURL().fileName().chopped(4);
         engine.client.last()->deliver(compressBzip2("x"));
-    TestEngine::waitForWrites();
-
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < Threads; ++thread) {
-        threads.emplace_back([&files, thread] {
-            for (int i = thread; i < Count; i += Threads) {
-                files[i]->logText = nameOf(i);
-                files[i]->complete();
-            }
-        });
     }
-    for (auto &thread : threads)
-        thread.join();
+    TestEngine::waitForWrites();
+    engine.delegate->onMessage = [](const QString &) { std::this_thread::yield(); };
+    completeOnFourThreads(files);
 
-    QStringList expected{u"written 0/%1"_s.arg(Count)};
+    QStringList counts{u"written 0/%1"_s.arg(Count)};
     for (int i = 1; i <= Count; ++i)
-        expected += u"written %1/%2"_s.arg(i).arg(Count);
-    expected.insert(expected.size() - 1, u"finished"_s);
-    QStringList lines;
-    for (const QString &line : engine.delegate->linesOfWriting())
-        lines += line.section(u' ', 0, 1);
-    QStringList logged = engine.patcher->logs().split(u'\n', Qt::SkipEmptyParts);
-    logged.sort();
-    names.sort();
-    QCOMPARE(lines, expected);
-    QCOMPARE(logged, names);
+        counts += u"written %1/%2"_s.arg(i).arg(Count);
+    counts.insert(counts.size() - 1, u"finished"_s);
+    QStringList reported;
+    QStringList reportedNames;
+    for (const QString &line : engine.delegate->linesOfWriting()) {
+        reported += line.section(u' ', 0, 1);
+        if (line.contains(u"disk"_s))
+            reportedNames += line.section(u' ', 2);
+    }
+    QCOMPARE(reported, counts);
+    QCOMPARE(engine.patcher->logs().split(u'\n', Qt::SkipEmptyParts), reportedNames);
+}
+
+void TestConcurrency::holdsBackOtherCompletionsDuringAMessage()
+{
+    const TestEngine engine;
+    const auto files = engine.enqueueHolding({u"a"_s, u"b"_s});
+    engine.patcher->start();
+    engine.client.last()->deliver(compressBzip2("x"));
+    engine.client.last()->deliver(compressBzip2("x"));
+    TestEngine::waitForWrites();
+    Signal secondReport;
+    bool hasComeBetween = false;
+    std::thread second;
+    engine.delegate->onMessage = [&](const QString &line) {
+        if (line == u"written 1/2 disk a"_s) {
+            second = std::thread([&files] { files[1]->complete(); });
+            hasComeBetween = secondReport.wait(std::chrono::milliseconds(100));
+        } else {
+            secondReport.raise();
+        }
+    };
+    files[0]->complete();
+    second.join();
+    QCOMPARE(std::pair(hasComeBetween, engine.delegate->linesOfWriting()),
+             std::pair(false, QStringList({u"written 0/2 b"_s, u"written 1/2 disk a"_s,
+                                           u"finished"_s, u"written 2/2 disk b"_s})));
 }
 
 void TestConcurrency::answersOtherThreadsDuringARun()

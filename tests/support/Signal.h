@@ -16,17 +16,17 @@ public:
     }
 
     // False when that took too long.
-    [[nodiscard]] bool wait()
+    [[nodiscard]] bool wait(std::chrono::milliseconds limit = DefaultLimit)
     {
         std::unique_lock lock(m_mutex);
-        if (!m_isRaised.wait_for(lock, Limit, [this] { return m_count > 0; }))
+        if (!m_isRaised.wait_for(lock, limit, [this] { return m_count > 0; }))
             return false;
         --m_count;
         return true;
     }
 
 private:
-    static constexpr std::chrono::seconds Limit{60};
+    static constexpr std::chrono::seconds DefaultLimit{60};
     std::mutex m_mutex;
     std::condition_variable m_isRaised;
     int m_count = 0;
