@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import argparse
+import signal
 import sys
 import time
 from pathlib import Path
@@ -29,6 +30,7 @@ def main() -> int:
                         help="where the pictures go (default: build/demo)")
     folder = parser.parse_args().folder.resolve()
     isolation.enter()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
     is_whole = False
     try:
         with Stage() as stage:

@@ -6,7 +6,7 @@ import subprocess
 from pathlib import Path
 from typing import Iterator, Mapping, Optional
 
-from harness import settings
+from harness import isolation, settings
 
 from . import children
 from .accessibility import SHOWING, Bus, Element
@@ -26,7 +26,8 @@ class Launcher:
         with open(self.output_file, "wb") as output, open(self.errors_file, "wb") as errors:
             self.process = subprocess.Popen([str(settings.launcher())], env=dict(environment),
                                             stdin=subprocess.DEVNULL, stdout=output,
-                                            stderr=errors)
+                                            stderr=errors,
+                                            preexec_fn=isolation.die_with_parent)
         self.pid = self.process.pid
 
     def elements(self) -> Iterator[Element]:
