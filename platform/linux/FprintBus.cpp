@@ -136,8 +136,8 @@ QString FprintBus::explain(const QDBusMessage &error)
 {
     if (error.type() != QDBusMessage::ErrorMessage)
         return QStringLiteral("the fingerprint service answered something unknown");
-    const QString known = explanations().value(error.errorName());
-    if (!known.isEmpty())
-        return known;
+    const auto known = explanations().constFind(error.errorName());
+    if (known != explanations().constEnd())
+        return *known;
     return QStringLiteral("%1 (%2)").arg(error.errorMessage(), error.errorName());
 }
