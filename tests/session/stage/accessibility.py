@@ -9,7 +9,7 @@ from typing import Any, Iterator, Optional
 import dbus
 import dbus.bus
 
-from .children import Helpers
+from .children import Services
 from .display import NOWHERE, Area
 from .waiting import until
 
@@ -23,11 +23,11 @@ ON_SCREEN = 0
 class Bus:
     """A private session bus with the accessibility bus on it, which `environment` names."""
 
-    def __init__(self, helpers: Helpers, socket: Path, display: dict[str, str]) -> None:
+    def __init__(self, services: Services, socket: Path, display: dict[str, str]) -> None:
         address = f"unix:path={socket}"
         self.environment = {"DBUS_SESSION_BUS_ADDRESS": address,
                             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
-        helpers.start("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address",
+        services.start("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address",
                               address], more=display)
         until("the message bus", socket.exists)
         session = dbus.bus.BusConnection(address)

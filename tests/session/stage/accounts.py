@@ -6,6 +6,7 @@ import json
 import subprocess
 import sys
 from pathlib import Path
+from typing import Any
 
 from harness import settings
 from hosting.accounts import stored_password
@@ -16,12 +17,12 @@ SECRET = "KF2WK3DMNVXW64SUN5VWK3RB"
 
 
 def write(file: Path) -> None:
-    entries = [
+    entries: list[dict[str, Any]] = [
         {"name": "wren", "display": "Wren"},
         {"name": "robin", "display": "Robin", "secret": SECRET},
         {"name": "plover", "display": "Plover", "environments": ["qa"]}]
     for entry in entries:
-        entry["password"] = stored_password(PASSWORDS[str(entry["name"])])
+        entry["password"] = stored_password(PASSWORDS[entry["name"]])
     file.write_text(json.dumps({"accounts": entries}))
 
 

@@ -24,7 +24,7 @@ def adopt_orphans() -> None:
     ctypes.CDLL(None).prctl(ADOPT_ORPHANS, 1)
 
 
-class Helpers:
+class Services:
     """Servers that run for the whole session and end with it, the last started first."""
 
     def __init__(self, logs: Path, environment: Mapping[str, str]) -> None:

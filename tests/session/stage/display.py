@@ -8,7 +8,7 @@ import subprocess
 from pathlib import Path
 from typing import NamedTuple, Optional
 
-from .children import Helpers
+from .children import Services
 from .waiting import until
 
 SIZE = "1280x800x24"
@@ -35,10 +35,10 @@ NOWHERE = Area(0, 0, 0, 0)
 class Display:
     """An X server that nobody else uses; `environment` names it to programs."""
 
-    def __init__(self, helpers: Helpers) -> None:
+    def __init__(self, services: Services) -> None:
         reading, writing = os.pipe()
         try:
-            helpers.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", SIZE,
+            services.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", SIZE,
                                       "-nolisten", "tcp", "-noreset"], passed=[writing])
             os.close(writing)
             with open(reading, encoding="ascii", closefd=False) as numbers:
@@ -50,7 +50,7 @@ class Display:
         self.environment = {"DISPLAY": f":{number}", "XDG_SESSION_TYPE": "x11",
                             "QT_QPA_PLATFORM": "xcb"}
         self._all = {**os.environ, **self.environment}
-        helpers.start("window-manager", ["openbox"], more=self.environment)
+        services.start("window-manager", ["openbox"], more=self.environment)
         until("the window manager",
               lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
 

@@ -12,7 +12,7 @@ import dbus.bus
 
 from harness import isolation
 
-from .children import Helpers
+from .children import Services
 from .waiting import NotSeen, until
 
 MANAGER = "org.freedesktop.NetworkManager"
@@ -24,16 +24,16 @@ NONE, FULL = 1, 4
 class Network:
     """A system bus with a network manager on it; `environment` names the bus to programs."""
 
-    def __init__(self, helpers: Helpers, socket: Path) -> None:
+    def __init__(self, services: Services, socket: Path) -> None:
         address = f"unix:path={socket}"
         self.environment = {"DBUS_SYSTEM_BUS_ADDRESS": address}
-        helpers.start("system-bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
+        services.start("system-bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
                                      "--address", address])
         until("the system bus", socket.exists)
-        helpers.start("network-manager", [sys.executable, "-m", "dbusmock", "--system",
+        services.start("network-manager", [sys.executable, "-m", "dbusmock", "--system",
                                           "--template", "networkmanager"], more=self.environment)
         self._bus = dbus.bus.BusConnection(address)
-        until("the network manager", lambda: self._bus.name_has_owner(MANAGER))
+        until("the network manager", lambda: bool(self._bus.name_has_owner(MANAGER)))
         if _is_private():
             self.plug_in()
 

@@ -16,7 +16,7 @@ from harness.player import Player as Home
 
 from . import accounts, children, games
 from .accessibility import Bus
-from .children import Helpers
+from .children import Services
 from .desktop import Desktop
 from .display import Display
 from .launcher import Launcher
@@ -62,12 +62,12 @@ class Stage:
         self.home = Home(self.folder / "home")
         self.logs = self.folder / "logs"
         self.logs.mkdir()
-        self.helpers = Helpers(self.logs, self.home.environment())
-        self._closing.callback(self.helpers.stop)
-        self.display = Display(self.helpers)
-        self.bus = Bus(self.helpers, self.folder / "bus", self.display.environment)
+        self.services = Services(self.logs, self.home.environment())
+        self._closing.callback(self.services.stop)
+        self.display = Display(self.services)
+        self.bus = Bus(self.services, self.folder / "bus", self.display.environment)
         self._closing.callback(self.bus.close)
-        self.network = Network(self.helpers, self.folder / "system-bus")
+        self.network = Network(self.services, self.folder / "system-bus")
         self._closing.callback(self.network.close)
         self.desktop = Desktop(self.folder / "desktop")
         self.version = launcher_version()
@@ -101,7 +101,7 @@ class Stage:
 
     def start_program(self, *command: str) -> subprocess.Popen[bytes]:
         """Another program on the same display."""
-        return self.helpers.start(Path(command[0]).name, command, more=self.display.environment)
+        return self.services.start(Path(command[0]).name, command, more=self.display.environment)
 
     @property
     def launcher(self) -> Launcher:
@@ -114,7 +114,7 @@ class Stage:
 
     def strays(self) -> set[int]:
         """The running processes that were left to the session by those who started them."""
-        own = self._own | self.helpers.pids | {one.pid for one in self._launchers}
+        own = self._own | self.services.pids | {one.pid for one in self._launchers}
         for orphan in children.zombies(os.getpid()):
             if orphan not in own:
                 children.reap(orphan)
