@@ -10,7 +10,7 @@ class BiometricPrompt;
 
 // Asks the system whether the person at the computer is its owner, by a fingerprint only. Lives on
 // the main thread and never makes it wait. Destroying it ends a running question and frees the
-// reader; the reply of that question then never runs.
+// reader, for which it waits half a second at most; the reply of that question then never runs.
 class BiometricContext
 {
 public:

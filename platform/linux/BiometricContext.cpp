@@ -5,11 +5,18 @@
 #include "platform/linux/FprintDesk.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QPointer>
 #include <QThread>
 
+#include <chrono>
+
+using namespace std::chrono_literals;
+
 namespace {
+
+constexpr auto LongestGoodbye = 500ms;
 
 QString retryText(const QString &status)
 {
@@ -50,10 +57,10 @@ public:
         if (m_question && m_prompt)
             m_prompt->hide();
         m_thread->quit();
-        // A bus that hangs may hold it.
-        DispatchQueue::global(DispatchQueue::QualityOfService::High)->async([thread = m_thread] {
-            thread->wait();
-        });
+        // A bus that hangs may hold it; then whoever ends the process waits for the queues.
+        if (!m_thread->wait(QDeadlineTimer(LongestGoodbye)))
+            DispatchQueue::global(DispatchQueue::QualityOfService::High)
+                ->async([thread = m_thread] { thread->wait(); });
     }
 
     Evaluability canEvaluatePolicy() override
