@@ -10,8 +10,8 @@ class RecordingActivationPolicy final : public ActivationPolicy
 public:
     void setActivationPolicy(Policy policy) override
     {
-        m_requests += policy == Policy::Regular ? QStringLiteral("regular")
-                                                : QStringLiteral("accessory");
+        m_requests +=
+            policy == Policy::Regular ? QStringLiteral("regular") : QStringLiteral("accessory");
     }
     void activateIgnoringOtherApps() override { m_requests += QStringLiteral("activate"); }
 

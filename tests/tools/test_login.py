@@ -56,10 +56,12 @@ class Answers(unittest.TestCase):
             (4, "wren@$(id)", "moorland-7"), (4, "@qa", "x"), (4, "wren", "\ud800"),
             (5, "", ""), (5, "wren", ""), (5, "", "moorland-7"), (5, None, None),
             (5, "wren", None), (5, "wren", "moorland-7", None),
-            (3, "robin", "heather&gorse"), (3, "robin@qa", "heather&gorse", " "),
-            (3, "robin", "heather&gorse", wrong), (7, "robin", "heather&gorse", token()),
-            (7, "robin", "heather&gorse", token(-1)), (7, "robin", "heather&gorse", token(1)),
-            (3, "robin", "heather&gorse", token(-2)), (3, "robin", "heather&gorse", token(2)),
+            (3, "robin", "heather-and-gorse"), (3, "robin@qa", "heather-and-gorse", " "),
+            (3, "robin", "heather-and-gorse", wrong), (7, "robin", "heather-and-gorse", token()),
+            (7, "robin", "heather-and-gorse", token(-1)),
+            (7, "robin", "heather-and-gorse", token(1)),
+            (3, "robin", "heather-and-gorse", token(-2)),
+            (3, "robin", "heather-and-gorse", token(2)),
             (4, "robin", "wrong", token()),
             (12, "raven", "peat-and-ink"), (4, "raven", "peat"),
             (7, "plover@qa", "mist on water"), (4, "plover", "mist on water"),
@@ -71,8 +73,8 @@ class Answers(unittest.TestCase):
     def test_texts(self) -> None:
         replies = [self.login.answer({"username": name, "password": password, "gtoken": typed})
                    for name, password, typed in (
-                       ("wren", "moorland-7", ""), ("robin", "heather&gorse", ""),
-                       ("robin", "heather&gorse", "1"),
+                       ("wren", "moorland-7", ""), ("robin", "heather-and-gorse", ""),
+                       ("robin", "heather-and-gorse", "1"),
                        ("raven", "peat-and-ink", ""))]
         self.assertEqual([reply["message"] for reply in replies],
                          ["Welcome back, Wren.", "Enter your two-step token.",
@@ -128,9 +130,9 @@ class OverTheWire(unittest.TestCase):
         cls.addClassCleanup(cls.hosts.stop)
 
     def test_logsInWithTheTokenOfThisMoment(self) -> None:
-        self.assertEqual(self.hosts.login("robin@qa", "heather&gorse")["status"], 3)
+        self.assertEqual(self.hosts.login("robin@qa", "heather-and-gorse")["status"], 3)
         now = totp.token(totp.decode_secret(ROBIN_SECRET), time.time())
-        reply = self.hosts.login("robin@qa", "heather&gorse", now)
+        reply = self.hosts.login("robin@qa", "heather-and-gorse", now)
         self.assertEqual((reply["status"], reply["gameserver"]), (7, "game-qa.localhost:7777"))
         digests = [entry["cookie_sha256"] for entry in self.hosts.control("GET", "/sessions")]
         self.assertIn(sha256(reply["token"].encode()).hexdigest(), digests)

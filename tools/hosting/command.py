@@ -164,7 +164,7 @@ def _introduce(port: int, environments: Sequence[str], files: authority.Certific
         print(f"https://{host}:{port}/")
     print(f"certificate authority: {files.authority}")
     if accounts == DEFAULT_ACCOUNTS:
-        print("sample accounts: wren / moorland-7, robin / heather&gorse (two-step: "
+        print("sample accounts: wren / moorland-7, robin / heather-and-gorse (two-step: "
               "tools/totp robin),\n  raven / peat-and-ink (banned), "
               "plover@qa / mist on water (qa only)")
 

@@ -1,14 +1,14 @@
 // Renders icon.svg and icon_small.svg to the PNG sizes of the application icon.
 //
-//   g++ -std=c++20 -fPIC render_icons.cpp -o /tmp/render_icons $(pkg-config --cflags --libs Qt6Gui Qt6Svg)
-//   /tmp/render_icons ..            (the directory that holds the SVG files)
+//   g++ -std=c++20 -fPIC render_icons.cpp -o /tmp/render_icons $(pkg-config --cflags --libs Qt6Gui
+//   Qt6Svg) /tmp/render_icons ..            (the directory that holds the SVG files)
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
 
-int main(int argc, char** argv)
+int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
@@ -16,7 +16,8 @@ int main(int argc, char** argv)
     artwork.mkpath(QStringLiteral("icons"));
     for (const int size : {16, 24, 32, 48, 64, 128, 256, 512}) {
         const bool simple = size <= 32;
-        QSvgRenderer picture{artwork.filePath(simple ? QStringLiteral("icon_small.svg") : QStringLiteral("icon.svg"))};
+        QSvgRenderer picture{artwork.filePath(simple ? QStringLiteral("icon_small.svg")
+                                                     : QStringLiteral("icon.svg"))};
         if (!picture.isValid())
             return 1;
         // Drawn four times too large and averaged, so that thin light survives at small sizes.
