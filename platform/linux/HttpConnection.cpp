@@ -21,13 +21,13 @@ QNetworkAccessManager &managerOfThisThread()
     return *manager;
 }
 
-// The statuses of which Qt follows the target or fails; the other ones of their hundred are
-// answers.
 int statusOf(const QNetworkReply &reply)
 {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
+// The statuses of which Qt follows the target or fails; the other ones of their hundred are
+// answers.
 bool isRedirect(int status)
 {
     return (status >= 301 && status <= 303) || status == 305 || status == 307 || status == 308;
@@ -208,7 +208,7 @@ bool QtHttpConnection::followRedirect()
     constexpr int mostRedirects = 10;
     const int status = statusOf(*m_reply);
     const QUrl target = m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
-    if (m_request.body.isEmpty() || !isRedirect(status) || !target.isValid() ||
+    if (m_hasTimedOut || m_request.body.isEmpty() || !isRedirect(status) || !target.isValid() ||
         ++m_redirectCount > mostRedirects)
         return false;
     const QUrl url = m_reply->url().resolved(target);

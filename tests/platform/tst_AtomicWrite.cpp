@@ -253,14 +253,21 @@ void TestAtomicWrite::neverTearsAFileThatManyWrite()
             --running;
         });
     }
+    int gaps = 0;
+    std::thread watcher([&] {
+        while (running > 0)
+            gaps += !FileSystem::exists(path);
+    });
     int torn = 0;
     while (running > 0) {
         const QByteArray bytes = readInPieces(path).value_or(QByteArray());
-        torn += bytes.size() != Size || bytes.count(bytes.front()) != Size;
+        torn += bytes.size() != Size || bytes.count(bytes.at(0)) != Size;
     }
     for (std::thread &writer : writers)
         writer.join();
+    watcher.join();
     QCOMPARE(failures.load(), 0);
+    QCOMPARE(gaps, 0);
     QCOMPARE(torn, 0);
     QCOMPARE(folder.tree().size(), 1);
 }

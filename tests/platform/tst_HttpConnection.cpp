@@ -28,6 +28,8 @@ private slots:
     void sendsMethodHeadersAndBodyAsAskedFor();
     void freesItsDelegateAfterTheLastMessage();
     void asksAgainOnAConnectionThatTheServerHasClosed();
+    void neverSendsABodyTwice_data();
+    void neverSendsABodyTwice();
     void timesOutWhenNothingArrives_data();
     void timesOutWhenNothingArrives();
     void doesNotTimeOutWhileDataArrives();
@@ -36,6 +38,7 @@ private slots:
     void keepsTheEndBackWhilePaused();
     void canBePausedBeforeItStarts();
     void canBePausedByAnotherThread();
+    void canBePausedByItsDelegateAtTheResponse_data();
     void canBePausedByItsDelegateAtTheResponse();
     void speaksOnTheMainThreadForAThreadWithoutEventLoop();
     void speaksOnTheThreadThatStartedItWithAnEventLoop();
@@ -256,6 +259,28 @@ void TestHttpConnection::asksAgainOnAConnectionThatTheServerHasClosed()
         QCOMPARE(run(get(server.url()))->events().last(), QStringLiteral("finish"));
 }
 
+void TestHttpConnection::neverSendsABodyTwice_data()
+{
+    QTest::addColumn<bool>("isReused");
+    QTest::newRow("on a new connection") << false;
+    QTest::newRow("on one that has served before") << true;
+}
+
+void TestHttpConnection::neverSendsABodyTwice()
+{
+    QFETCH(bool, isReused);
+    TestServer server;
+    server.route("/before", TestReply::whole({}));
+    server.route("/", TestReply({TestReply::Close{}}));
+    if (isReused)
+        run(get(server.url("/before")));
+    HttpRequest request = get(server.url());
+    request.method = "POST";
+    request.body = "password=hunter2";
+    QCOMPARE(run(request)->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(server.receivedBytes().count(request.body), 1);
+}
+
 void TestHttpConnection::timesOutWhenNothingArrives_data()
 {
     QTest::addColumn<TestReply>("reply");
@@ -401,15 +426,28 @@ void TestHttpConnection::canBePausedByAnotherThread()
     QCOMPARE(delegate->data(), QByteArray("firstsecond"));
 }
 
+void TestHttpConnection::canBePausedByItsDelegateAtTheResponse_data()
+{
+    QTest::addColumn<bool>("isPausedBefore");
+    QTest::newRow("before the body came") << false;
+    QTest::newRow("after the body came") << true;
+}
+
 void TestHttpConnection::canBePausedByItsDelegateAtTheResponse()
 {
+    QFETCH(bool, isPausedBefore);
     TestServer server;
     server.route("/", TestReply::whole("body"));
     server.route("/other", TestReply::whole("other"));
     const auto delegate = std::make_shared<RecordingConnectionDelegate>();
     const auto connection = makeConnection(get(server.url()), delegate);
     delegate->onResponse = [connection] { connection->setPaused(true); };
+    connection->setPaused(isPausedBefore);
     connection->start();
+    QVERIFY(server.waitForRequests(1));
+    run(get(server.url("/other")));
+    if (isPausedBefore)
+        connection->setPaused(false);
     QTRY_COMPARE_WITH_TIMEOUT(delegate->events().size(), 1, Limit);
     run(get(server.url("/other")));
     QCOMPARE(delegate->events(), QStringList{QStringLiteral("response 200 4")});

@@ -22,7 +22,9 @@ private slots:
     void neverFollowsFromHttpsToHttp();
     void staysWithinTheOriginWhenTold_data();
     void staysWithinTheOriginWhenTold();
+    void givesUpOnACircleOfRedirects_data();
     void givesUpOnACircleOfRedirects();
+    void timesOutInARedirectLikeAnywhere();
     void refusesAServerThatCannotProveItself_data();
     void refusesAServerThatCannotProveItself();
     void refusesTheTestAuthorityWhenItIsNotAdded_data();
@@ -137,11 +139,35 @@ void TestHttpTrust::staysWithinTheOriginWhenTold()
     QCOMPARE(stranger.receivedBytes(), QByteArray());
 }
 
+void TestHttpTrust::givesUpOnACircleOfRedirects_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::newRow("without a body") << QByteArray("GET");
+    QTest::newRow("with a body") << QByteArray("POST");
+}
+
 void TestHttpTrust::givesUpOnACircleOfRedirects()
 {
+    QFETCH(QByteArray, method);
     TestServer server;
-    server.route("/", TestReply::redirect(server.url("/")));
-    QCOMPARE(run(*m_client, get(server.url()))->events(), QStringList{QStringLiteral("failure")});
+    server.route("/", TestReply::redirect(server.url("/"), 307));
+    HttpRequest request = postSecret(server.url(), Redirects::SameOrigin);
+    request.method = method;
+    QCOMPARE(run(*m_client, request)->events(), QStringList{QStringLiteral("failure")});
+    QVERIFY(server.requestCount("/") > 5);
+}
+
+void TestHttpTrust::timesOutInARedirectLikeAnywhere()
+{
+    TestServer server;
+    const QByteArray head = "HTTP/1.1 307 Moved\r\nLocation: /there\r\nContent-Length: 9\r\n\r\n";
+    server.route("/", TestReply({head, TestReply::Wait{}}));
+    HttpRequest request = postSecret(server.url(), Redirects::SameOrigin);
+    request.idleTimeout = std::chrono::milliseconds(500);
+    const auto delegate = run(*m_client, request);
+    QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(delegate->error().localizedDescription, QStringLiteral("The request timed out."));
+    QCOMPARE(server.requests().size(), 1);
 }
 
 void TestHttpTrust::refusesAServerThatCannotProveItself_data()
