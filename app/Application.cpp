@@ -7,6 +7,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/FileSystem.h"
 #include "platform/HttpClient.h"
+#include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
 #include <QCoreApplication>
@@ -65,6 +66,7 @@ int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     name();
+    SystemLog::setFile(Configuration::logFile());
     const Configuration configuration = Configuration::compiledIn();
     SingleInstance instance(configuration.dataFolder);
     const bool isWriter = commandLine.action == CommandLine::Action::Update;

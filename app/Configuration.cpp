@@ -1,5 +1,6 @@
 #include "app/Configuration.h"
 
+#include <QDir>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
@@ -39,6 +40,20 @@ QString Configuration::settingsFile() const
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/quellmoor-launcher/settings.sqlite");
+}
+
+QString Configuration::logFile()
+{
+#ifdef Q_OS_MACOS
+    const QString folder = QDir::homePath() + QStringLiteral("/Library/Logs/Quellmoor Launcher");
+#else
+    const QString chosen = qEnvironmentVariable("XDG_STATE_HOME");
+    const QString folder =
+        (QDir::isAbsolutePath(chosen) ? chosen
+                                      : QDir::homePath() + QStringLiteral("/.local/state")) +
+        QStringLiteral("/quellmoor-launcher");
+#endif
+    return folder + QStringLiteral("/launcher.log");
 }
 
 std::optional<QString>

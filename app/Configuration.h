@@ -25,6 +25,8 @@ struct Configuration
 
     [[nodiscard]] QString gameFolder() const;
     [[nodiscard]] QString settingsFile() const;
+    // Of the program, whatever the configuration: where this user's programs keep their logs.
+    [[nodiscard]] static QString logFile();
 
     // The download host, or, with an environment, that host with "-" and the environment behind its
     // first label. Nothing when the environment cannot be a part of a host name; an empty one can.

@@ -47,6 +47,7 @@ QString text(const Configuration &configuration, const QStringList &logLines)
     result += entry(QStringLiteral("Data folder"), configuration.dataFolder);
     result += entry(QStringLiteral("Game folder"), configuration.gameFolder());
     result += entry(QStringLiteral("Settings"), configuration.settingsFile());
+    result += entry(QStringLiteral("Log file"), Configuration::logFile());
     result += QStringLiteral("\nLog:\n");
     result += logLines.isEmpty() ? QStringLiteral("(empty)") : logLines.join(QLatin1Char('\n'));
     return result + QLatin1Char('\n');

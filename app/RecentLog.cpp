@@ -1,30 +1,6 @@
 #include "app/RecentLog.h"
 
 #include <QDateTime>
-#include <QRegularExpression>
-
-namespace {
-
-const auto Removed = QStringLiteral("(removed)");
-
-// name=value, name: "value", "name":"value" and the like.
-const QRegularExpression &namedSecret()
-{
-    static const QRegularExpression pattern(
-        QStringLiteral(
-            R"(((?:password|token|cookie)["']?\s*[=:]\s*)("[^"]*"?|'[^']*'?|[^\s&;,]+))"),
-        QRegularExpression::CaseInsensitiveOption);
-    return pattern;
-}
-
-const QRegularExpression &accountInUrl()
-{
-    static const QRegularExpression pattern(QStringLiteral(R"((\b[a-z][a-z0-9+.-]*://)[^\s/@]+@)"),
-                                            QRegularExpression::CaseInsensitiveOption);
-    return pattern;
-}
-
-} // namespace
 
 RecentLog::RecentLog()
 {
@@ -45,14 +21,6 @@ QStringList RecentLog::lines() const
     return m_lines;
 }
 
-QString RecentLog::withoutSecrets(const QString &line)
-{
-    QString result = line;
-    result.replace(namedSecret(), QStringLiteral("\\1") + Removed);
-    result.replace(accountInUrl(), QStringLiteral("\\1") + Removed + QLatin1Char('@'));
-    return result;
-}
-
 void RecentLog::keep(const QString &line)
 {
     const QString time =
@@ -60,5 +28,5 @@ void RecentLog::keep(const QString &line)
     const std::lock_guard lock(m_mutex);
     if (m_lines.size() == LineLimit)
         m_lines.removeFirst();
-    m_lines += time + withoutSecrets(line);
+    m_lines += time + line;
 }

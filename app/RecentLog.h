@@ -6,9 +6,8 @@
 
 #include <mutex>
 
-// Keeps the latest lines of the log while it lives, for the player to hand on. What looks like a
-// secret is taken out before it is kept. Made early and once; whoever watched the log before goes
-// on watching. Any thread.
+// Keeps the latest lines of the log while it lives, for the player to hand on. Made early and once;
+// whoever watched the log before goes on watching. Any thread.
 class RecentLog
 {
 public:
@@ -21,9 +20,6 @@ public:
 
     // The oldest first, each with the time at which it was written.
     [[nodiscard]] QStringList lines() const;
-
-    // The line with passwords, tokens, play cookies and the accounts in URLs made unreadable.
-    [[nodiscard]] static QString withoutSecrets(const QString &line);
 
 private:
     void keep(const QString &line);

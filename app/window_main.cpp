@@ -5,6 +5,7 @@
 #include "app/Translations.h"
 #include "app/WindowApplication.h"
 #include "platform/SharedApplication.h"
+#include "platform/SystemLog.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -56,6 +57,7 @@ int main(int argc, char **argv)
     SingleInstance instance(configuration.dataFolder);
     if (!instance.claim())
         return 0;
+    SystemLog::setFile(Configuration::logFile());
     const auto sharedApplication = makeSharedApplication();
     AppDelegate appDelegate(*sharedApplication);
     WindowApplication window(configuration, recentLog);

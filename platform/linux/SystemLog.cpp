@@ -1,11 +1,15 @@
 #include "platform/SystemLog.h"
 
+#include "platform/linux/RotatingFile.h"
+
 #include <QDateTime>
+#include <QRegularExpression>
 
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <memory>
 #include <mutex>
 
 namespace SystemLog {
@@ -18,6 +22,29 @@ Observer &observer()
 {
     static Observer instance;
     return instance;
+}
+
+std::unique_ptr<RotatingFile> &file()
+{
+    static std::unique_ptr<RotatingFile> instance;
+    return instance;
+}
+
+// name=value, name: "value", "name":"value" and the like.
+const QRegularExpression &namedSecret()
+{
+    static const QRegularExpression pattern(
+        QStringLiteral(
+            R"(((?:password|token|cookie)["']?\s*[=:]\s*)("[^"]*"?|'[^']*'?|[^\s&;,]+))"),
+        QRegularExpression::CaseInsensitiveOption);
+    return pattern;
+}
+
+const QRegularExpression &accountInUrl()
+{
+    static const QRegularExpression pattern(QStringLiteral(R"((\b[a-z][a-z0-9+.-]*://)[^\s/@]+@)"),
+                                            QRegularExpression::CaseInsensitiveOption);
+    return pattern;
 }
 
 bool endsLinesOrControls(QChar c)
@@ -45,17 +72,34 @@ QString onOneLine(const QString &text)
     return line;
 }
 
+QString withoutSecrets(const QString &line)
+{
+    QString result = line;
+    result.replace(namedSecret(), QStringLiteral("\\1(removed)"));
+    result.replace(accountInUrl(), QStringLiteral("\\1(removed)@"));
+    return result;
+}
+
+void setFile(const QString &path)
+{
+    const std::lock_guard lock(logMutex);
+    file() = path.isEmpty() ? nullptr : std::make_unique<RotatingFile>(path);
+}
+
 void write(const QString &text)
 {
-    const QString line = onOneLine(text);
+    const QString line = withoutSecrets(onOneLine(text));
     const QByteArray bytes = line.toUtf8();
     const QByteArray time =
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")).toLatin1();
 
     const std::lock_guard lock(logMutex);
     syslog(LOG_USER | LOG_NOTICE, "%s", bytes.constData());
-    std::fprintf(stderr, "%s quellmoor-launcher[%d] %s\n", time.constData(), int(getpid()),
-                 bytes.constData());
+    const QByteArray stamped =
+        time + " quellmoor-launcher[" + QByteArray::number(getpid()) + "] " + bytes;
+    std::fprintf(stderr, "%s\n", stamped.constData());
+    if (file())
+        file()->write(stamped);
     if (observer())
         observer()(line);
 }

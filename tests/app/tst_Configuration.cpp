@@ -1,6 +1,7 @@
 #include "TestMain.h"
 #include "app/Configuration.h"
 
+#include <QDir>
 #include <QTest>
 
 using Environment = std::optional<QString>;
@@ -14,6 +15,8 @@ private slots:
     void putsTheEnvironmentBehindTheFirstLabel_data();
     void putsTheEnvironmentBehindTheFirstLabel();
     void buildsEachUrlToTheLetter();
+    void keepsTheLogInTheStateFolder_data();
+    void keepsTheLogInTheStateFolder();
 };
 
 void TestConfiguration::putsTheEnvironmentBehindTheFirstLabel_data()
@@ -76,6 +79,28 @@ void TestConfiguration::buildsEachUrlToTheLetter()
                      QStringLiteral("https://account.x/launcher/"), QStringLiteral("https://www.x"),
                      QStringLiteral("https://www.x/help/faq/"), QStringLiteral("https://forum.x/"),
                      QStringLiteral("https://wiki.x/wiki/Main_Page")}));
+}
+
+void TestConfiguration::keepsTheLogInTheStateFolder_data()
+{
+    const QString usual =
+        QDir::homePath() + QStringLiteral("/.local/state/quellmoor-launcher/launcher.log");
+    QTest::addColumn<QByteArray>("chosen");
+    QTest::addColumn<QString>("file");
+    QTest::newRow("none chosen") << QByteArray() << usual;
+    QTest::newRow("chosen") << QByteArray("/a state")
+                            << QStringLiteral("/a state/quellmoor-launcher/launcher.log");
+    QTest::newRow("relative counts as none") << QByteArray("state") << usual;
+}
+
+void TestConfiguration::keepsTheLogInTheStateFolder()
+{
+    QFETCH(QByteArray, chosen);
+    const QByteArray before = qgetenv("XDG_STATE_HOME");
+    qputenv("XDG_STATE_HOME", chosen);
+    const QString file = Configuration::logFile();
+    qputenv("XDG_STATE_HOME", before);
+    QTEST(file, "file");
 }
 
 QUELLMOOR_TEST(TestConfiguration, "Configuration")

@@ -50,6 +50,7 @@ void TestDiagnostics::tellsEachFact_data()
     QTest::newRow("Data folder") << QStringLiteral("/home/pat/data");
     QTest::newRow("Game folder") << QStringLiteral("/home/pat/data/Game");
     QTest::newRow("Settings") << m_configuration.settingsFile();
+    QTest::newRow("Log file") << Configuration::logFile();
 }
 
 void TestDiagnostics::tellsEachFact()

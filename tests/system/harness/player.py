@@ -53,6 +53,7 @@ class Player:
                 "XDG_DATA_HOME": str(self.data_home),
                 "XDG_CONFIG_HOME": str(self.config_home),
                 "XDG_CACHE_HOME": str(self.root / "cache"),
+                "XDG_STATE_HOME": str(self.root / "state"),
                 "XDG_RUNTIME_DIR": str(self.root / "run"),
                 "TMPDIR": str(self.temporary)}
 
