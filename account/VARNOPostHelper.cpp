@@ -1,5 +1,7 @@
 #include "account/VARNOPostHelper.h"
 
+#include "platform/Limits.h"
+
 VARNOPostHelper::VARNOPostHelper(HttpClient &client) : m_client(client) {}
 
 void VARNOPostHelper::postToURL(const QString &url, const Form &dictionaryData,
@@ -14,6 +16,7 @@ void VARNOPostHelper::postToURL(const QString &url, const Form &dictionaryData,
         {QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/x-www-form-urlencoded")},
     };
     request.redirects = HttpRequest::Redirects::SameOrigin;
+    request.largestBody = Limits::LoginReply;
     m_client.sendAsynchronousRequest(request, std::move(completionHandler));
 }
 

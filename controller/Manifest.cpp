@@ -1,6 +1,7 @@
 #include "controller/Manifest.h"
 
 #include "platform/HttpClient.h"
+#include "platform/Limits.h"
 
 #include <QJsonDocument>
 
@@ -15,7 +16,7 @@ constexpr int FirstFailureStatus = 400;
 Fetched fetch(HttpClient &httpClient, const QString &url)
 {
     const HttpClient::Contents contents =
-        httpClient.dataWithContentsOfURL(QUrl(url, QUrl::StrictMode));
+        httpClient.dataWithContentsOfURL(QUrl(url, QUrl::StrictMode), Limits::Manifest);
     if (!contents.data)
         return {Fetched::Outcome::NoData, {}, contents.error};
     if (contents.status >= FirstFailureStatus)

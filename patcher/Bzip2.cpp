@@ -2,6 +2,7 @@
 
 #include "patcher/Bzip2Blocks.h"
 #include "patcher/Bzip2Decoder.h"
+#include "platform/Limits.h"
 
 #include <QThread>
 
@@ -120,6 +121,8 @@ private:
 
     bool append(QByteArray &output, const QByteArray &contents)
     {
+        if (output.size() + contents.size() > Limits::gameFileContents())
+            return false;
         try {
             if (output.isEmpty())
                 output.reserve(contents.size() * qsizetype(m_blocks.size()));

@@ -1,9 +1,10 @@
 #include "patcher/Bzip2Decoder.h"
 
+#include "platform/Limits.h"
+
 #include <bzlib.h>
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 namespace Bzip2Decoder {
@@ -63,9 +64,10 @@ public:
 private:
     static qsizetype twice(qsizetype size)
     {
-        if (size > std::numeric_limits<qsizetype>::max() / 4)
+        const qsizetype limit = Limits::gameFileContents();
+        if (size >= limit)
             throw std::bad_alloc();
-        return size * 2;
+        return std::min(size * 2, limit);
     }
 
     bz_stream m_stream{};

@@ -1,6 +1,7 @@
 #include "patcher/VARNOPatcher.h"
 
 #include "platform/DispatchQueue.h"
+#include "platform/Limits.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -117,6 +118,7 @@ bool VARNOPatcher::startDownloadWithFile(const std::shared_ptr<Downloadable> &fi
     HttpRequest request;
     request.url = file->downloadURL();
     request.idleTimeout = std::chrono::seconds(60);
+    request.largestBody = Limits::gameFileBody();
     const auto connection = m_httpClient.makeConnection(request, shared_from_this());
     if (!connection) {
         std::puts("Connection failed.");

@@ -30,8 +30,9 @@ public:
     makeConnection(const HttpRequest &request,
                    std::shared_ptr<HttpConnectionDelegate> delegate) = 0;
 
-    // Reads the whole resource and waits for it. Never on the main thread.
-    [[nodiscard]] virtual Contents dataWithContentsOfURL(const QUrl &url) = 0;
+    // Reads the whole resource, of so many bytes at most, and waits for it. Never on the main
+    // thread.
+    [[nodiscard]] virtual Contents dataWithContentsOfURL(const QUrl &url, qint64 largestBody) = 0;
 
     // Sends the request without waiting; `completion` runs on the main thread with the body or the
     // error. Any thread.

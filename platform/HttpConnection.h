@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <chrono>
+#include <limits>
 #include <utility>
 
 // One HTTP exchange as it is asked for.
@@ -22,6 +23,8 @@ struct HttpRequest
     Redirects redirects = Redirects::NoLessSafe;
     // The exchange fails when nothing at all arrives for so long. Pauses do not count.
     std::chrono::milliseconds idleTimeout{60000};
+    // In bytes. The exchange fails when more arrives, or when no memory is left for what arrives.
+    qint64 largestBody = std::numeric_limits<qint64>::max();
 };
 
 struct HttpResponse

@@ -5,6 +5,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/FileSystem.h"
 #include "platform/HttpClient.h"
+#include "platform/Limits.h"
 #include "platform/Workspace.h"
 #include "ui/LauncherView.h"
 
@@ -51,7 +52,7 @@ void fetchInstaller(const LauncherViewServices &services, const QString &version
     const auto url = installerUrl(services.configuration, version);
     std::optional<QByteArray> image;
     if (url)
-        image = services.httpClient.dataWithContentsOfURL(*url).data;
+        image = services.httpClient.dataWithContentsOfURL(*url, Limits::Installer).data;
     if (!image)
         openDownloadPage(services);
 

@@ -84,14 +84,15 @@ public:
     }
 
     // Runs on a thread of its own, so that the caller's thread needs no event loop.
-    Contents dataWithContentsOfURL(const QUrl &url) override
+    Contents dataWithContentsOfURL(const QUrl &url, qint64 largestBody) override
     {
         std::promise<Contents> promise;
         std::future<Contents> contents = promise.get_future();
         const auto done = [&promise](Contents result) { promise.set_value(std::move(result)); };
-        QMetaObject::invokeMethod(&m_readerContext, [this, url, done] {
+        QMetaObject::invokeMethod(&m_readerContext, [this, url, largestBody, done] {
             HttpRequest request;
             request.url = url;
+            request.largestBody = largestBody;
             if (const auto connection = makeConnection(request, std::make_shared<Collector>(done)))
                 connection->start();
             else

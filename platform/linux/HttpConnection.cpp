@@ -123,7 +123,8 @@ QtHttpConnection::QtHttpConnection(const HttpRequest &request,
       m_idleTimer(this)
 {
     m_idleTimer.setSingleShot(true);
-    connect(&m_idleTimer, &QTimer::timeout, this, &QtHttpConnection::giveUpWaiting);
+    connect(&m_idleTimer, &QTimer::timeout, this,
+            [this] { giveUp(QStringLiteral("The request timed out.")); });
 }
 
 void QtHttpConnection::start()
@@ -188,7 +189,7 @@ void QtHttpConnection::takeResponse()
 
 void QtHttpConnection::takeData()
 {
-    if (m_isPaused || !m_reply || m_hasTimedOut)
+    if (m_isPaused || !m_reply || m_whyGivenUp)
         return;
     takeResponse();
     if (!m_hasResponse || m_isPaused) // the delegate may have paused at the response
@@ -199,7 +200,15 @@ void QtHttpConnection::takeData()
     if (data.isEmpty())
         return;
     m_receivedLength += data.size();
-    m_delegate->connectionDidReceiveData(data);
+    if (m_receivedLength > m_request.largestBody) {
+        giveUp(QStringLiteral("The answer is larger than %1 bytes.").arg(m_request.largestBody));
+        return;
+    }
+    try {
+        m_delegate->connectionDidReceiveData(data);
+    } catch (const std::bad_alloc &) {
+        giveUp(QStringLiteral("There is not enough memory for the answer."));
+    }
 }
 
 // Only for requests with a body; Qt follows the others by itself.
@@ -208,7 +217,7 @@ bool QtHttpConnection::followRedirect()
     constexpr int mostRedirects = 10;
     const int status = statusOf(*m_reply);
     const QUrl target = m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
-    if (m_hasTimedOut || m_request.body.isEmpty() || !isRedirect(status) || !target.isValid() ||
+    if (m_whyGivenUp || m_request.body.isEmpty() || !isRedirect(status) || !target.isValid() ||
         ++m_redirectCount > mostRedirects)
         return false;
     const QUrl url = m_reply->url().resolved(target);
@@ -239,8 +248,8 @@ void QtHttpConnection::takeEnd()
     if (m_isPaused)
         return;
     const QNetworkReply::NetworkError error = m_reply->error();
-    if (m_hasTimedOut)
-        fail({QStringLiteral("The request timed out."), int(error)});
+    if (m_whyGivenUp)
+        fail({*m_whyGivenUp, int(error)});
     else if (error != QNetworkReply::NoError && !isOnlyTheStatus(error, m_status))
         fail({m_reply->errorString(), int(error)});
     else if (!m_hasResponse || !isWholeBody())
@@ -258,9 +267,13 @@ bool QtHttpConnection::isWholeBody() const
            m_request.method == QByteArrayLiteral("HEAD");
 }
 
-void QtHttpConnection::giveUpWaiting()
+// Ends the exchange with a failure of ours instead of Qt's.
+void QtHttpConnection::giveUp(const QString &reason)
 {
-    m_hasTimedOut = true;
+    if (std::exchange(m_whyGivenUp, reason))
+        return;
+    if (m_reply->isFinished())
+        return; // whoever told us of the end goes on to take it
     m_reply->abort();
 }
 

@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 // HttpConnection over one QNetworkReply, which in turn does its work on a thread of Qt's own: what
 // happens on this object's thread is the hand-over of finished pieces.
@@ -34,7 +35,7 @@ private:
     void takeEnd();
     [[nodiscard]] bool followRedirect();
     void fail(const Error &error);
-    void giveUpWaiting();
+    void giveUp(const QString &reason);
     void end();
     [[nodiscard]] bool isWholeBody() const;
 
@@ -51,5 +52,5 @@ private:
     bool m_isSent = false;
     bool m_hasResponse = false;
     bool m_isPaused = false;
-    bool m_hasTimedOut = false;
+    std::optional<QString> m_whyGivenUp;
 };

@@ -62,7 +62,7 @@ FakeHttpClient::makeConnection(const HttpRequest &request,
     return connection;
 }
 
-HttpClient::Contents FakeHttpClient::dataWithContentsOfURL(const QUrl &url)
+HttpClient::Contents FakeHttpClient::dataWithContentsOfURL(const QUrl &url, qint64 /*largestBody*/)
 {
     qFatal("nobody should read %s here", qPrintable(url.toString()));
 }

@@ -48,7 +48,7 @@ public:
     std::shared_ptr<HttpConnection>
     makeConnection(const HttpRequest &request,
                    std::shared_ptr<HttpConnectionDelegate> delegate) override;
-    Contents dataWithContentsOfURL(const QUrl &url) override;
+    Contents dataWithContentsOfURL(const QUrl &url, qint64 largestBody) override;
 
     // The connections made so far. One that does not exist ends the test process.
     [[nodiscard]] qsizetype connectionCount() const;

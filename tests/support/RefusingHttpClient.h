@@ -15,7 +15,7 @@ public:
         return nullptr;
     }
 
-    Contents dataWithContentsOfURL(const QUrl &url) override
+    Contents dataWithContentsOfURL(const QUrl &url, qint64 /*largestBody*/) override
     {
         m_urls += url.toString(QUrl::FullyEncoded);
         return {};

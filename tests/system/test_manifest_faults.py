@@ -81,14 +81,15 @@ class Manifests(case.SystemTest):
     def test_an_unusable_manifest_changes_nothing_and_is_told(self) -> None:
         self.install()
         (self.player.game / "a.bin").unlink()
-        before = snapshot.contents(self.player.root)
+        log = (self.player.state_home,)
+        before = snapshot.contents(self.player.root, leave_out=log)
         for name, fault in UNUSABLE.items():
             for action in ("--verify", "--update"):
                 with self.subTest(name, action=action):
                     self.hosts.fail_manifest(**fault)
                     outcome = self.ends(self.player.run(action), case.NO_MANIFEST)
                     self.assertIn("No manifest: ", outcome.errors)
-        self.assertEqual(snapshot.contents(self.player.root), before)
+        self.assertEqual(snapshot.contents(self.player.root, leave_out=log), before)
         self.assertEqual(self.hosts.file_requests(), [])
 
     def test_a_manifest_without_files_leaves_the_game_as_it_is(self) -> None:
@@ -125,6 +126,14 @@ class Manifests(case.SystemTest):
         self.hosts.fail_manifest(file=str(big))
         outcome = self.ends(self.player.verify(), case.INVALID)
         self.assertIn("0 of 100000 files valid", outcome.output)
+
+    def test_a_manifest_of_two_hundred_megabytes_is_refused(self) -> None:
+        endless = self.player.root / "endless.json"
+        with endless.open("wb") as file:
+            file.truncate(200 * 1024 * 1024)
+        self.hosts.fail_manifest(file=str(endless))
+        outcome = self.ends(self.player.verify(), case.NO_MANIFEST)
+        self.assertIn("No manifest: The answer is larger than 67108864 bytes.", outcome.errors)
 
     def test_a_manifest_is_never_fetched_without_tls(self) -> None:
         with PlainHttp((self.tree / "mac" / "patcher.json").read_bytes()) as plain:
@@ -177,7 +186,7 @@ class HostileKeys(case.SystemTest):
         self.hosts.fail({"path": hosts.MANIFEST, "fault": {"file": str(listed)}},
                         *({"path": f"/mac/{name}.bz2", "fault": {}} for name in good),
                         {"path": "*", "fault": {"status": 200, "file": str(self.evil)}})
-        settings = (self.player.game, self.player.settings.parent)
+        settings = (self.player.game, self.player.settings.parent, self.player.state_home)
         before = snapshot.contents(self.player.root, leave_out=settings)
 
         outcome = self.ends(self.player.update(), case.INVALID)

@@ -41,7 +41,7 @@ public:
     {
         return nullptr;
     }
-    Contents dataWithContentsOfURL(const QUrl &url) override
+    Contents dataWithContentsOfURL(const QUrl &url, qint64 /*largestBody*/) override
     {
         const std::lock_guard lock(m_mutex);
         m_urls += QString::fromLatin1(url.toEncoded());

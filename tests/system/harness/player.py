@@ -37,6 +37,7 @@ class Player:
         self.root = root
         self.data_home = root / "data home"
         self.config_home = root / "config"
+        self.state_home = root / "state"
         self.temporary = root / "tmp"
         for folder in (self.data_home, self.config_home, self.temporary, root / "cache"):
             folder.mkdir(parents=True)
@@ -53,7 +54,7 @@ class Player:
                 "XDG_DATA_HOME": str(self.data_home),
                 "XDG_CONFIG_HOME": str(self.config_home),
                 "XDG_CACHE_HOME": str(self.root / "cache"),
-                "XDG_STATE_HOME": str(self.root / "state"),
+                "XDG_STATE_HOME": str(self.state_home),
                 "XDG_RUNTIME_DIR": str(self.root / "run"),
                 "TMPDIR": str(self.temporary)}
 

@@ -1,0 +1,145 @@
+#include "RecordingConnectionDelegate.h"
+#include "TestMain.h"
+#include "TestServer.h"
+#include "platform/HttpClient.h"
+
+#include <QTest>
+
+#include <new>
+
+Q_DECLARE_METATYPE(TestReply)
+
+namespace {
+
+constexpr int PatienceMs = 20000;
+const QByteArray Body(100'000, 'b');
+
+// Has no room for any data.
+class FullDelegate final : public HttpConnectionDelegate
+{
+public:
+    void connectionDidReceiveResponse(const HttpResponse & /*response*/) override {}
+    void connectionDidReceiveData(const QByteArray & /*data*/) override { throw std::bad_alloc(); }
+    void connectionDidFinishLoading() override { ends += QStringLiteral("finish"); }
+    void connectionDidFailWithError(const Error &error) override
+    {
+        ends += error.localizedDescription;
+    }
+
+    QStringList ends;
+};
+
+} // namespace
+
+class TestHttpLimits : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void takesABodyAsLargeAsTheLimit_data();
+    void takesABodyAsLargeAsTheLimit();
+    void failsBeyondTheLimitAndHandsNothingMoreOn_data();
+    void failsBeyondTheLimitAndHandsNothingMoreOn();
+    void endsABodyWithoutEnd();
+    void failsWhenThereIsNoMemoryForTheBody_data();
+    void failsWhenThereIsNoMemoryForTheBody();
+
+private:
+    template<class Delegate>
+    void start(const TestServer &server, qint64 largestBody,
+               const std::shared_ptr<Delegate> &delegate);
+
+    std::unique_ptr<HttpClient> m_client;
+};
+
+void TestHttpLimits::initTestCase()
+{
+    m_client = makeHttpClient(Certificates::shared().authorityFile());
+}
+
+template<class Delegate>
+void TestHttpLimits::start(const TestServer &server, qint64 largestBody,
+                           const std::shared_ptr<Delegate> &delegate)
+{
+    HttpRequest request;
+    request.url = server.url();
+    request.largestBody = largestBody;
+    m_client->makeConnection(request, delegate)->start();
+}
+
+namespace {
+
+void addWaysToSend()
+{
+    QTest::addColumn<TestReply>("reply");
+    QTest::newRow("with its length") << TestReply::whole(Body);
+    QTest::newRow("in chunks") << TestReply::chunked(Body);
+    QTest::newRow("until it closes") << TestReply::closeDelimited(Body);
+    QTest::newRow("with a lying length") << TestReply::announcing(1LL << 40, Body);
+}
+
+} // namespace
+
+void TestHttpLimits::takesABodyAsLargeAsTheLimit_data()
+{
+    QTest::addColumn<TestReply>("reply");
+    QTest::newRow("with its length") << TestReply::whole(Body);
+    QTest::newRow("in chunks") << TestReply::chunked(Body);
+}
+
+void TestHttpLimits::takesABodyAsLargeAsTheLimit()
+{
+    QFETCH(TestReply, reply);
+    TestServer server;
+    server.route("/", reply);
+    const auto delegate = std::make_shared<RecordingConnectionDelegate>();
+    start(server, Body.size(), delegate);
+    QTRY_VERIFY_WITH_TIMEOUT(delegate->hasEnded(), PatienceMs);
+    QCOMPARE(delegate->events().last(), QStringLiteral("finish"));
+    QCOMPARE(delegate->data(), Body);
+}
+
+void TestHttpLimits::failsBeyondTheLimitAndHandsNothingMoreOn_data() { addWaysToSend(); }
+
+void TestHttpLimits::failsBeyondTheLimitAndHandsNothingMoreOn()
+{
+    QFETCH(TestReply, reply);
+    TestServer server;
+    server.route("/", reply);
+    const auto delegate = std::make_shared<RecordingConnectionDelegate>();
+    start(server, Body.size() - 1, delegate);
+    QTRY_VERIFY_WITH_TIMEOUT(delegate->hasEnded(), PatienceMs);
+    QCOMPARE(delegate->events().last(), QStringLiteral("failure"));
+    QCOMPARE(delegate->error().localizedDescription,
+             QStringLiteral("The answer is larger than 99999 bytes."));
+    QVERIFY(delegate->data().size() < Body.size());
+}
+
+// The server never ends the body; the exchange does.
+void TestHttpLimits::endsABodyWithoutEnd()
+{
+    TestServer server;
+    server.route("/", TestReply({QByteArray("HTTP/1.1 200 OK\r\n\r\n"), Body, TestReply::Wait{}}));
+    const auto delegate = std::make_shared<RecordingConnectionDelegate>();
+    start(server, 1000, delegate);
+    QTRY_VERIFY_WITH_TIMEOUT(delegate->hasEnded(), PatienceMs);
+    QCOMPARE(delegate->events().last(), QStringLiteral("failure"));
+}
+
+void TestHttpLimits::failsWhenThereIsNoMemoryForTheBody_data() { addWaysToSend(); }
+
+void TestHttpLimits::failsWhenThereIsNoMemoryForTheBody()
+{
+    QFETCH(TestReply, reply);
+    TestServer server;
+    server.route("/", reply);
+    const auto delegate = std::make_shared<FullDelegate>();
+    start(server, Body.size() * 2, delegate);
+    QTRY_VERIFY_WITH_TIMEOUT(!delegate->ends.isEmpty(), PatienceMs);
+    QCOMPARE(delegate->ends,
+             QStringList{QStringLiteral("There is not enough memory for the answer.")});
+}
+
+QUELLMOOR_TEST(TestHttpLimits, "HttpLimits")
+#include "tst_HttpLimits.moc"
