@@ -9,16 +9,15 @@ import sys
 import time
 from pathlib import Path
 
-HERE = Path(__file__).resolve().parent
-sys.path[1:1] = [str(HERE.parent / "system"), str(HERE.parents[1] / "tools")]
+import paths  # noqa: F401
 
-from harness import isolation, settings  # noqa: E402
+from harness import isolation, settings
 
-import acts  # noqa: E402
-from player.album import Album  # noqa: E402
-from player.person import Player  # noqa: E402
-from stage.waiting import NotSeen  # noqa: E402
-from stage.whole import Stage  # noqa: E402
+import acts
+from player.album import Album
+from player.person import Player
+from stage.waiting import NotSeen
+from stage.whole import Stage
 
 LAST_WORDS = 2000
 
@@ -47,7 +46,7 @@ def play(player: Player) -> bool:
         started = time.monotonic()
         try:
             act(player)
-        except NotSeen as missed:
+        except (NotSeen, TimeoutError) as missed:
             print("NO")
             explain(player, missed)
             return False
@@ -56,7 +55,7 @@ def play(player: Player) -> bool:
     return True
 
 
-def explain(player: Player, missed: NotSeen) -> None:
+def explain(player: Player, missed: Exception) -> None:
     player.takes_picture("not-seen")
     print(f"Not seen: {missed}.\nThe status line: {player.status()!r}\n"
           f"The launcher's last words:\n{player.launcher.errors()[-LAST_WORDS:]}")

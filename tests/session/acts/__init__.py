@@ -10,7 +10,8 @@ from typing import Callable
 
 from player.person import Player
 
-from . import aftermath, environment, game, links, login, network, out_of_date, quitting, update
+from . import (aftermath, environment, fingerprint, game, links, login, network, out_of_date,
+               quitting, update)
 
 Act = Callable[[Player], None]
 
@@ -20,5 +21,6 @@ ALL: tuple[Act, ...] = (
     game.what_it_is_handed, game.launcher_out_of_sight, game.launcher_is_back,
     environment.own_game, quitting.while_the_game_runs,
     network.start_without_and_return,
+    fingerprint.offer_is_accepted, fingerprint.finger_logs_in,
     out_of_date.update_is_handed_on, out_of_date.exit_downloads_nothing,
     aftermath.nothing_is_left_running, aftermath.no_secret_was_written)

@@ -2,14 +2,13 @@
 
 from __future__ import annotations
 
-import base64
 import re
 from pathlib import Path
 from typing import Iterator
-from urllib.parse import quote, quote_plus
 
 from player.person import Player
-from stage.waiting import NotSeen, expect
+from stage import credentials, secrecy
+from stage.waiting import expect
 
 COOKIE_LINE = re.compile(rb"(?m)^VARNO_PLAYCOOKIE=.*\n")
 
@@ -22,36 +21,24 @@ def nothing_is_left_running(player: Player) -> None:
 
 
 def no_secret_was_written(player: Player) -> None:
-    """No password, token or cookie is in any file, log line or output"""
+    """No password, token or cookie is in any file, log line or output, but one in the settings"""
     stage = player.stage
     first_output = stage.launchers[0].output_file
     expect("the cookie where the sample game printed it",
-           holds_a_secret(player, first_output.read_bytes()), True)
-    outputs = [launcher.output_file for launcher in stage.launchers]
-    found = [str(path.relative_to(stage.folder)) for path in written_files(player)
-             if holds_a_secret(player, COOKIE_LINE.sub(b"", path.read_bytes())
-                               if path in outputs else path.read_bytes())]
-    if found:
-        raise NotSeen(f"a clean folder: a secret is in {', '.join(found)}")
+           secrecy.is_in(first_output.read_bytes(), player.secrets), True)
+    account = credentials.read(stage.home).account
+    remembered = {account.password} if account else set()
+    expect("remembered passwords", remembered <= player.secrets and len(remembered), 1)
+    expect("files with the remembered password", files_with(player, remembered),
+           [stage.home.settings])
+    expect("files with another secret", files_with(player, player.secrets - remembered), [])
 
 
-def holds_a_secret(player: Player, data: bytes) -> bool:
-    return any(is_in(form, data) for secret in player.secrets for form in forms(secret))
-
-
-def forms(secret: str) -> set[bytes]:
-    """A secret as it is, and as forms, headers and the toolkit write it."""
-    plain = secret.encode()
-    return {plain, quote(secret, safe="").encode(), quote_plus(secret).encode(),
-            quote(secret, safe="!$&'()*+,/:;=?@").encode(), base64.b64encode(plain),
-            secret.encode("utf-16-le")}
-
-
-def is_in(form: bytes, data: bytes) -> bool:
-    """Six digits are a token only when they stand alone, not as a part of some longer number."""
-    if not form.isdigit():
-        return form in data
-    return form in data and bool(re.search(rb"(?<![\d.])" + form + rb"(?!\d)", data))
+def files_with(player: Player, secrets: set[str]) -> list[Path]:
+    outputs = [launcher.output_file for launcher in player.stage.launchers]
+    return [path for path in written_files(player)
+            if secrecy.is_in(COOKIE_LINE.sub(b"", path.read_bytes())
+                             if path in outputs else path.read_bytes(), secrets)]
 
 
 def written_files(player: Player) -> Iterator[Path]:

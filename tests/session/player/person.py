@@ -119,6 +119,16 @@ class Player:
         self.types_secret(password)
         expect("the password in its field", password in hidden.text(), False)
 
+    def empties_form(self) -> None:
+        self._goes_into("Account")
+        self._goes_into("Password")
+
+    def plays_without_typing(self) -> None:
+        """Leaves it to the finger who logs in."""
+        self.stage.game_run.forget()
+        self.empties_form()
+        self.clicks_button("Play")
+
     def logs_in(self, account: str, password: str) -> None:
         self.stage.game_run.forget()
         self.fills_in(account, password)

@@ -11,7 +11,7 @@ import dbus.bus
 
 from .children import Services
 from .display import NOWHERE, Area
-from .waiting import until
+from .waiting import NotSeen, until
 
 ROOT = "/org/a11y/atspi/accessible/root"
 SPI = "org.a11y.atspi."
@@ -34,11 +34,23 @@ class Bus:
         found = session.call_blocking("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
                                       "GetAddress", "", ())
         session.close()
-        self._bus = dbus.bus.BusConnection(str(found))
+        self._address = str(found)
+        self._bus = self.another()
         until("the registry of accessible programs", lambda: self._registry().role())
 
     def close(self) -> None:
         self._bus.close()
+
+    def another(self) -> Any:
+        """A connection for another thread, which closes it."""
+        return dbus.bus.BusConnection(self._address)
+
+    def application_of(self, pid: int) -> Element:
+        """A program with windows."""
+        for application in self._registry().children():
+            if self._owner(application) == pid:
+                return application
+        raise NotSeen(f"the windows of {pid}")
 
     def elements_of(self, pid: int) -> Iterator[Element]:
         """Everything in the windows of a process, depth first; what goes meanwhile is left out."""

@@ -7,6 +7,7 @@ import ctypes
 import os
 import signal
 import subprocess
+import time
 from contextlib import ExitStack
 from pathlib import Path
 from typing import Mapping, Optional, Sequence
@@ -89,8 +90,8 @@ def zombies(parent: int) -> list[int]:
 def seconds_since_start(pid: int) -> float:
     """How long ago the process was started, by the clock of the kernel."""
     fields = Path(f"/proc/{pid}/stat").read_text(errors="replace").rpartition(")")[2].split()
-    uptime = float(Path("/proc/uptime").read_text().split()[0])
-    return uptime - int(fields[19]) / os.sysconf("SC_CLK_TCK")
+    started = int(fields[19]) / os.sysconf("SC_CLK_TCK")
+    return time.clock_gettime(time.CLOCK_BOOTTIME) - started
 
 
 def streams(pid: int) -> list[str]:

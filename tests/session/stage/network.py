@@ -5,7 +5,6 @@ from __future__ import annotations
 import os
 import subprocess
 import sys
-from pathlib import Path
 
 import dbus
 import dbus.bus
@@ -22,16 +21,12 @@ NONE, FULL = 1, 4
 
 
 class Network:
-    """A system bus with a network manager on it; `environment` names the bus to programs."""
+    """A network manager on the system bus of that address."""
 
-    def __init__(self, services: Services, socket: Path) -> None:
-        address = f"unix:path={socket}"
-        self.environment = {"DBUS_SYSTEM_BUS_ADDRESS": address}
-        services.start("system-bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                     "--address", address])
-        until("the system bus", socket.exists)
+    def __init__(self, services: Services, address: str) -> None:
         services.start("network-manager", [sys.executable, "-m", "dbusmock", "--system",
-                                          "--template", "networkmanager"], more=self.environment)
+                                          "--template", "networkmanager"],
+                       more={"DBUS_SYSTEM_BUS_ADDRESS": address})
         self._bus = dbus.bus.BusConnection(address)
         until("the network manager", lambda: bool(self._bus.name_has_owner(MANAGER)))
         if _is_private():

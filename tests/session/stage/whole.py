@@ -13,6 +13,8 @@ from typing import Any, Optional
 
 from harness import hosts, settings
 from harness.player import Player as Home
+from virtualreader.reader import Reader
+from virtualreader.services import Services as System
 
 from . import accounts, children, games
 from .accessibility import Bus
@@ -67,7 +69,11 @@ class Stage:
         self.display = Display(self.services)
         self.bus = Bus(self.services, self.folder / "bus", self.display.environment)
         self._closing.callback(self.bus.close)
-        self.network = Network(self.services, self.folder / "system-bus")
+        self.system = System(self.folder / "system")
+        self._closing.callback(self.system.stop)
+        self.system.start()
+        self.reader = Reader(self.system)
+        self.network = Network(self.services, self.system.address)
         self._closing.callback(self.network.close)
         self.desktop = Desktop(self.folder / "desktop")
         self.version = launcher_version()
@@ -83,7 +89,8 @@ class Stage:
     def environment(self) -> dict[str, str]:
         """What the launcher is started with."""
         own = {**self.home.environment(), **self.display.environment, **self.bus.environment,
-               **self.network.environment, **self.desktop.environment, **self.game_run.environment}
+               **self.desktop.environment, **self.game_run.environment,
+               "DBUS_SYSTEM_BUS_ADDRESS": self.system.address}
         if os.geteuid() == 0:
             own["QTWEBENGINE_DISABLE_SANDBOX"] = "1"  # its sandbox refuses to work for root
         return own
