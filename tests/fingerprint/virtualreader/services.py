@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import os
 import select
@@ -10,7 +11,7 @@ import signal
 import subprocess
 import time
 from pathlib import Path
-from typing import Callable, Mapping, Optional, Sequence
+from typing import Callable, Iterator, Mapping, Optional, Sequence
 
 import dbus
 import dbus.bus
@@ -104,6 +105,16 @@ class Services:
         """Afterwards it is gone from the bus, too."""
         self._kill("daemon")
         self._await_owner(SERVICE, is_there=False)
+
+    @contextlib.contextmanager
+    def frozen_daemon(self) -> Iterator[None]:
+        """Meanwhile it takes every question and answers none."""
+        daemon = self._children["daemon"]
+        daemon.send_signal(signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            daemon.send_signal(signal.SIGCONT)
 
     def stop(self) -> None:
         if self._bus is not None:

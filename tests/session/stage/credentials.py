@@ -6,7 +6,7 @@ import plistlib
 import sqlite3
 from contextlib import closing
 from plistlib import UID
-from typing import Any, NamedTuple, Optional
+from typing import NamedTuple, Optional
 
 from harness.player import Player as Home
 
@@ -38,14 +38,15 @@ def read(home: Home) -> Stored:
                   unpacked(data) if isinstance(data, bytes) else None)
 
 
-def write(home: Home, archive: bytes) -> None:
+def write(home: Home, archive: bytes, was_asked: bool = True) -> None:
     """As if the player had accepted the offer. Only while no launcher runs."""
     home.settings.parent.mkdir(exist_ok=True)
+    home.settings.touch(0o600)
     with closing(sqlite3.connect(home.settings)) as database, database:
         database.execute("CREATE TABLE IF NOT EXISTS defaults (key TEXT PRIMARY KEY, "
                          "type INTEGER NOT NULL, value) WITHOUT ROWID")
         database.executemany("INSERT OR REPLACE INTO defaults VALUES (?, ?, ?)",
-                             [(ASKED, BOOLEAN, 1), (ENABLED, BOOLEAN, 1), (ITEM, DATA, archive)])
+                             [(ASKED, BOOLEAN, was_asked), (ENABLED, BOOLEAN, 1), (ITEM, DATA, archive)])
 
 
 def unpacked(archive: bytes) -> Account:
@@ -55,10 +56,10 @@ def unpacked(archive: bytes) -> Account:
     return Account(*(objects[item[key].data] for key in ("USER", "PASS")))
 
 
-def packed(account: Account, **exchanged: Any) -> bytes:
-    """`exchanged` replaces members of the item."""
-    item = {"$class": UID(2), "PASS": UID(4), "USER": UID(3), **exchanged}
+def packed(account: Account, class_name: str = "KeychainItem", password: int = 4) -> bytes:
+    """`password` is the number of the object that the password is."""
+    item = {"$class": UID(2), "PASS": UID(password), "USER": UID(3)}
     tree = {"$version": 100000, "$archiver": "NSKeyedArchiver", "$top": {"root": UID(1)},
-            "$objects": ["$null", item, {"$classname": "KeychainItem",
-                                         "$classes": ["KeychainItem", "NSObject"]}, *account]}
+            "$objects": ["$null", item, {"$classname": class_name,
+                                         "$classes": [class_name, "NSObject"]}, *account]}
     return plistlib.dumps(tree, fmt=plistlib.FMT_BINARY)
