@@ -34,7 +34,8 @@ private:
 
 namespace {
 
-HttpClient::Contents readOnWorker(HttpClient &client, const QUrl &url, qint64 largestBody = 1000000)
+HttpClient::Contents readOnWorker(HttpClient &client, const QUrl &url,
+                                  qint64 largestBody = 10000000)
 {
     auto contents = std::async(std::launch::async,
                                [&] { return client.dataWithContentsOfURL(url, largestBody); });

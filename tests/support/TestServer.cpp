@@ -16,6 +16,7 @@
 #include <deque>
 #include <future>
 #include <mutex>
+#include <vector>
 
 // What the test's thread and the server's thread share.
 struct TestServer::State
@@ -23,7 +24,7 @@ struct TestServer::State
     std::mutex mutex;
     QHash<QByteArray, TestReply> routes;
     Handler handler;
-    QList<TestRequest> requests;
+    std::vector<TestRequest> requests;
     QByteArray receivedBytes;
     int waitingCount = 0;
     std::deque<std::function<void()>> commands; // of the test, for the server's thread
@@ -31,7 +32,7 @@ struct TestServer::State
     TestReply answer(const TestRequest &request)
     {
         const std::lock_guard lock(mutex);
-        requests += request;
+        requests.push_back(request);
         const auto found = routes.constFind(request.target.split('?').first());
         if (found != routes.cend())
             return *found;
@@ -333,7 +334,7 @@ bool TestServer::waitForRequests(int requests, std::chrono::milliseconds limit) 
 {
     const auto isReached = [this, requests] {
         const std::lock_guard lock(m_state->mutex);
-        return m_state->requests.size() >= requests;
+        return m_state->requests.size() >= size_t(requests);
     };
     return QTest::qWaitFor(isReached, int(limit.count()));
 }
@@ -347,7 +348,7 @@ QUrl TestServer::url(const QByteArray &path) const
 QList<TestRequest> TestServer::requests() const
 {
     const std::lock_guard lock(m_state->mutex);
-    return m_state->requests;
+    return {m_state->requests.begin(), m_state->requests.end()};
 }
 
 int TestServer::requestCount(const QByteArray &path) const
