@@ -1,6 +1,6 @@
 #include "platform/ReachabilitySource.h"
 
-#include "platform/SystemLog.h"
+#include "platform/linux/RouteReachability.h"
 
 #include <QNetworkInformation>
 #include <QObject>
@@ -55,14 +55,14 @@ private:
     QMetaObject::Connection m_connection;
 };
 
-class QtReachabilityService final : public ReachabilityService
+class LinuxReachabilityService final : public ReachabilityService
 {
 public:
-    QtReachabilityService()
+    // Only the back end that asks NetworkManager reports changes. The other one, which Qt would
+    // load without it, waits for a signal that its library does not send.
+    LinuxReachabilityService()
+        : m_hasManager(QNetworkInformation::loadBackendByName(u"networkmanager"))
     {
-        // The default back end wants a NetworkManager; any that knows reachability will do.
-        if (!QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability))
-            SystemLog::write(QStringLiteral("The system does not tell about its network."));
     }
 
     std::unique_ptr<ReachabilitySource> sourceForName(const QString &) override { return source(); }
@@ -72,15 +72,19 @@ public:
     }
 
 private:
-    static std::unique_ptr<ReachabilitySource> source()
+    std::unique_ptr<ReachabilitySource> source() const
     {
-        return QNetworkInformation::instance() ? std::make_unique<QtReachabilitySource>() : nullptr;
+        if (m_hasManager)
+            return std::make_unique<QtReachabilitySource>();
+        return std::make_unique<RouteReachability>(makeRoutes());
     }
+
+    const bool m_hasManager;
 };
 
 } // namespace
 
 std::unique_ptr<ReachabilityService> makeReachabilityService()
 {
-    return std::make_unique<QtReachabilityService>();
+    return std::make_unique<LinuxReachabilityService>();
 }

@@ -72,7 +72,7 @@ def _run(given: argparse.Namespace, state: Path, ending: set[signal.Signals]) ->
     site = Site(Downloads(given.tree, trees, given.installers),
                 Login(load_accounts(given.accounts), sessions),
                 Control(journal, faults, sessions), journal, faults)
-    hosts = _bind(given.port, files, site)
+    hosts = _bind(given.port, given.also_on, files, site)
     hosts.start()
     if not given.quiet:
         _introduce(hosts.port, environments, files, given.accounts)
@@ -90,6 +90,8 @@ def _parser() -> argparse.ArgumentParser:
         formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--port", type=_port, default=8443, metavar="N",
                         help="the port of all hosts, 0 for any free one (default: 8443)")
+    parser.add_argument("--also-on", action="append", default=[], metavar="ADDRESS",
+                        help="an IPv4 address to serve besides the loopback's")
     parser.add_argument("--state", type=Path, default=REPOSITORY / "build" / "localhosts",
                         metavar="DIR", help="certificates, log and sessions "
                         "(default: build/localhosts)")
@@ -147,10 +149,11 @@ def _state_folder(path: Path) -> Iterator[Path]:
         os.close(handle)
 
 
-def _bind(port: int, files: authority.Certificates, site: Site) -> LocalHosts:
+def _bind(port: int, addresses: Sequence[str], files: authority.Certificates,
+          site: Site) -> LocalHosts:
     context = tls_context(str(files.chain), str(files.key))
     try:
-        return LocalHosts(port, context, site)
+        return LocalHosts(port, context, site, addresses)
     except OSError as error:
         if error.errno not in (errno.EADDRINUSE, errno.EACCES):
             raise

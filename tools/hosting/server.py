@@ -10,7 +10,7 @@ import sys
 import threading
 from http.server import BaseHTTPRequestHandler
 from socketserver import TCPServer, ThreadingMixIn
-from typing import Any, Optional, cast
+from typing import Any, Optional, Sequence, cast
 
 from .faults import Fault
 from .messages import Request, Response, text_response
@@ -159,12 +159,17 @@ class LocalServer(ThreadingMixIn, TCPServer):
 
 
 class LocalHosts:
-    """The servers of both addresses on one port; ends with `stop`."""
+    """The servers of all addresses on one port; ends with `stop`."""
 
-    def __init__(self, port: int, context: ssl.SSLContext, site: Site) -> None:
+    def __init__(self, port: int, context: ssl.SSLContext, site: Site,
+                 more_addresses: Sequence[str] = ()) -> None:
         self._stopping = threading.Event()
-        self._servers = self._bound(port, context, site)
+        self._shared = (context, site, self._stopping, itertools.count(1))
+        self._servers = self._bound_to_loopback(port)
         self.port = int(self._servers[0].server_address[1])
+        for address in more_addresses:
+            self._servers.append(
+                LocalServer(socket.AF_INET, address, self.port, *self._shared))
 
     def start(self) -> None:
         for server in self._servers:
@@ -177,13 +182,12 @@ class LocalHosts:
             server.shutdown()
             server.server_close()
 
-    def _bound(self, port: int, context: ssl.SSLContext, site: Site) -> list[LocalServer]:
-        shared = (context, site, self._stopping, itertools.count(1))
+    def _bound_to_loopback(self, port: int) -> list[LocalServer]:
         for _ in range(PORT_TRIES):
-            first = LocalServer(socket.AF_INET, "127.0.0.1", port, *shared)
+            first = LocalServer(socket.AF_INET, "127.0.0.1", port, *self._shared)
             chosen = int(first.server_address[1])
             try:
-                return [first, LocalServer(socket.AF_INET6, "::1", chosen, *shared)]
+                return [first, LocalServer(socket.AF_INET6, "::1", chosen, *self._shared)]
             except OSError as error:
                 if error.errno in (errno.EADDRNOTAVAIL, errno.EAFNOSUPPORT):
                     return [first]

@@ -7,7 +7,7 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
-from typing import ClassVar, Mapping, Optional
+from typing import ClassVar, Mapping, Optional, Sequence
 
 from . import games, isolation, settings, snapshot
 from .hosts import Hosts
@@ -35,7 +35,7 @@ class SystemTest(unittest.TestCase):
         cls.make_game()
         trees = cls.trees()
         if trees:
-            cls.hosts = Hosts(cls.folder, trees)
+            cls.hosts = Hosts(cls.folder, trees, options=cls.host_options())
             cls.addClassCleanup(cls.hosts.stop)
 
     @classmethod
@@ -48,6 +48,11 @@ class SystemTest(unittest.TestCase):
     def trees(cls) -> Mapping[Optional[str], Path]:
         """The trees to serve, by environment; none at all for tests without hosts."""
         return {None: cls.tree}
+
+    @classmethod
+    def host_options(cls) -> Sequence[str]:
+        """What the hosts are told besides."""
+        return ()
 
     def setUp(self) -> None:
         root = Path(tempfile.mkdtemp(prefix="player-", dir=self.folder))
