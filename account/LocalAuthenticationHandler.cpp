@@ -106,7 +106,7 @@ void LocalAuthenticationHandler::loadCredentials(Completion completion)
         completion(QString(), QString());
         return;
     }
-    m_context.evaluatePolicy(QStringLiteral("Login to %1").arg(ProductName),
+    m_context.evaluatePolicy(Alerts::tr("Login to %1").arg(ProductName),
                              [this, completion = std::move(completion)](bool isOwner) {
                                  if (isOwner)
                                      giveStoredCredentials(completion);

@@ -27,6 +27,10 @@
         <translation>Nutze Touch ID zur Anmeldung bei </translation>
     </message>
     <message>
+        <source>Login to %1</source>
+        <translation>Bei %1 anmelden</translation>
+    </message>
+    <message>
         <source>Enable Touch ID</source>
         <translation>Touch ID aktivieren</translation>
     </message>

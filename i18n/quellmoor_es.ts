@@ -27,6 +27,10 @@
         <translation>Usa Touch ID para iniciar sesión en </translation>
     </message>
     <message>
+        <source>Login to %1</source>
+        <translation>Iniciar sesión en %1</translation>
+    </message>
+    <message>
         <source>Enable Touch ID</source>
         <translation>Activar Touch ID</translation>
     </message>

@@ -27,6 +27,10 @@
         <translation>Utilisez Touch ID pour vous connecter à </translation>
     </message>
     <message>
+        <source>Login to %1</source>
+        <translation>Connexion à %1</translation>
+    </message>
+    <message>
         <source>Enable Touch ID</source>
         <translation>Activer Touch ID</translation>
     </message>

@@ -27,6 +27,10 @@
         <translation>Użyj Touch ID, aby zalogować się do gry </translation>
     </message>
     <message>
+        <source>Login to %1</source>
+        <translation>Logowanie do gry %1</translation>
+    </message>
+    <message>
         <source>Enable Touch ID</source>
         <translation>Włącz Touch ID</translation>
     </message>

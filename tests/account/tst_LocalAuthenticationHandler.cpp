@@ -153,6 +153,7 @@ void TestLocalAuthenticationHandler::passesEveryTextThroughTheLocalisation()
     fixture.handler.askUserToEnableTouchID();
     fixture.handler.resetTouchID();
     QTRY_COMPARE(fixture.alerts.modalAlerts.size(), 2);
+    fixture.handler.loadCredentials({});
     QCoreApplication::removeTranslator(&translator);
     QCOMPARE(textsOf(fixture.alerts.modalAlerts.first()),
              QStringList({QStringLiteral("<Enable Touch ID>"),
@@ -163,6 +164,7 @@ void TestLocalAuthenticationHandler::passesEveryTextThroughTheLocalisation()
                           QStringLiteral("<To setup Touch ID again login to your account with the "
                                          "correct username and password and select Enable.>"),
                           QStringLiteral("<Close>")}));
+    QCOMPARE(fixture.context.reasons, QStringList{QStringLiteral("<Login to Quellmoor>")});
 }
 
 void TestLocalAuthenticationHandler::keepsTheAnswerToTheOffer_data()

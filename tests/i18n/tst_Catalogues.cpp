@@ -39,6 +39,11 @@ QChar mnemonicOf(const QString &text)
     return mark < 0 || mark + 1 == text.size() ? QChar() : text.at(mark + 1).toLower();
 }
 
+QStringList foldersRead()
+{
+    return QStringLiteral(QUELLMOOR_TRANSLATED_FOLDERS).split(QLatin1Char(','));
+}
+
 } // namespace
 
 class TestCatalogues : public QObject
@@ -47,6 +52,7 @@ class TestCatalogues : public QObject
 
 private slots:
     void initTestCase();
+    void readsEveryFolderOfTheProgram();
     void namesItsLanguage_data() { languages(); }
     void namesItsLanguage();
     void hasExactlyTheTextsOfTheProgram_data() { languages(); }
@@ -75,21 +81,33 @@ void TestCatalogues::languages()
 void TestCatalogues::initTestCase()
 {
     const QString path = m_folder.path(QStringLiteral("found.ts"));
-    const QStringList folders =
-        QStringLiteral(QUELLMOOR_TRANSLATED_FOLDERS).split(QLatin1Char(','));
     QProcess lupdate;
     lupdate.setWorkingDirectory(QStringLiteral(QUELLMOOR_SOURCE_FOLDER));
     lupdate.setProcessChannelMode(QProcess::MergedChannels);
     lupdate.start(
         QStringLiteral(QUELLMOOR_LUPDATE),
         QStringList{QStringLiteral("-silent"), QStringLiteral("-I"), QStringLiteral(".")} +
-            folders + QStringList{QStringLiteral("-ts"), path});
+            foldersRead() + QStringList{QStringLiteral("-ts"), path});
     QVERIFY(lupdate.waitForFinished());
     // It says so when it cannot tell the context of a text.
     QCOMPARE(QString::fromLocal8Bit(lupdate.readAll()), QString());
     m_keysOfTheProgram = Catalogue::read(path).sortedKeys();
     QVERIFY(m_keysOfTheProgram.contains(QStringLiteral("Alerts|Launcher Update Required")));
     QVERIFY(m_keysOfTheProgram.contains(QStringLiteral("Launcher|Forgot password?")));
+}
+
+// A program has its sources in folders that the build goes into; others are tools and tests.
+void TestCatalogues::readsEveryFolderOfTheProgram()
+{
+    QFile build(QStringLiteral(QUELLMOOR_SOURCE_FOLDER "/CMakeLists.txt"));
+    QVERIFY(build.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(build.readAll());
+    static const QRegularExpression folder(QStringLiteral("(?m)^add_subdirectory\\((\\w+)\\)$"));
+    QStringList folders;
+    for (auto all = folder.globalMatch(text); all.hasNext();)
+        folders += all.next().captured(1);
+    folders.sort();
+    QCOMPARE(foldersRead(), folders);
 }
 
 void TestCatalogues::namesItsLanguage()
