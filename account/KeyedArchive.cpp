@@ -2,12 +2,20 @@
 
 #include <plist/plist.h>
 
-#include <limits>
 #include <memory>
 #include <type_traits>
 
 namespace {
 
+using Number = BinaryPropertyList::Number;
+
+constexpr auto VersionKey = "$version";
+constexpr auto ArchiverKey = "$archiver";
+constexpr auto TopKey = "$top";
+constexpr auto RootKey = "root";
+constexpr auto ObjectsKey = "$objects";
+constexpr auto ClassKey = "$class";
+constexpr auto ClassNameKey = "$classname";
 constexpr auto ArchiverName = "NSKeyedArchiver";
 constexpr uint64_t Version = 100000;
 constexpr uint64_t RootNumber = 1;
@@ -20,70 +28,38 @@ using Tree = std::unique_ptr<std::remove_pointer_t<plist_t>, Deleter>;
 
 plist_t makeString(const QString &text) { return plist_new_string(text.toUtf8().constData()); }
 
-std::optional<QString> stringOf(plist_t node)
-{
-    if (!PLIST_IS_STRING(node))
-        return std::nullopt;
-    uint64_t length = 0;
-    const char *const bytes = plist_get_string_ptr(node, &length);
-    return QString::fromUtf8(bytes, qsizetype(length));
-}
-
-// The object that a member refers to; null when the number leads nowhere or to the first object,
-// which stands for none.
-plist_t referredTo(plist_t objects, plist_t reference)
-{
-    if (!PLIST_IS_UID(reference))
-        return nullptr;
-    uint64_t number = 0;
-    plist_get_uid_val(reference, &number);
-    if (number == 0 || number >= plist_array_get_size(objects))
-        return nullptr;
-    return plist_array_get_item(objects, uint32_t(number));
-}
-
-plist_t memberOf(plist_t dictionary, const char *key)
-{
-    return PLIST_IS_DICT(dictionary) ? plist_dict_get_item(dictionary, key) : nullptr;
-}
-
 plist_t makeClass(const QString &className)
 {
     plist_t classes = plist_new_array();
     plist_array_append_item(classes, makeString(className));
     plist_array_append_item(classes, plist_new_string("NSObject"));
     plist_t result = plist_new_dict();
-    plist_dict_set_item(result, "$classname", makeString(className));
+    plist_dict_set_item(result, ClassNameKey, makeString(className));
     plist_dict_set_item(result, "$classes", classes);
     return result;
 }
 
-bool isKeyedArchive(plist_t archive)
+// The object that a member refers to; nothing when the number leads nowhere or to the first object,
+// which stands for none.
+std::optional<Number> referredTo(const BinaryPropertyList &list, Number objects, Number table,
+                                 QLatin1String key)
 {
-    uint64_t version = 0;
-    plist_t const versionNode = memberOf(archive, "$version");
-    if (PLIST_IS_UINT(versionNode))
-        plist_get_uint_val(versionNode, &version);
-    return version == Version && PLIST_IS_ARRAY(memberOf(archive, "$objects")) &&
-           stringOf(memberOf(archive, "$archiver")) == QString::fromLatin1(ArchiverName);
+    const auto reference = list.member(table, key);
+    const auto place = reference ? list.uid(*reference) : std::nullopt;
+    return place.value_or(0) == 0 ? std::nullopt : list.element(objects, *place);
 }
 
-QList<std::pair<QString, QString>> stringMembersOf(plist_t object, plist_t objects)
+std::optional<QString> stringMember(const BinaryPropertyList &list, Number table, const char *key)
 {
-    QList<std::pair<QString, QString>> members;
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(object, &iterator);
-    const std::unique_ptr<void, decltype(&free)> iteratorOwner(iterator, &free);
-    for (;;) {
-        char *key = nullptr;
-        plist_t reference = nullptr;
-        plist_dict_next_item(object, iterator, &key, &reference);
-        const std::unique_ptr<char, decltype(&free)> keyOwner(key, &free);
-        if (!reference)
-            return members;
-        if (const auto value = stringOf(referredTo(objects, reference)))
-            members.emplace_back(QString::fromUtf8(key), *value);
-    }
+    const auto member = list.member(table, QLatin1String(key));
+    return member ? list.string(*member) : std::nullopt;
+}
+
+bool isKeyedArchive(const BinaryPropertyList &list)
+{
+    const auto version = list.member(list.top(), QLatin1String(VersionKey));
+    return version && list.integer(*version) == Version &&
+           stringMember(list, list.top(), ArchiverKey) == QLatin1String(ArchiverName);
 }
 
 } // namespace
@@ -99,7 +75,12 @@ std::optional<QString> KeyedArchive::decodeObjectForKey(const QString &key) cons
         if (name == key)
             return value;
     }
-    return std::nullopt;
+    if (!m_source)
+        return std::nullopt;
+    const QByteArray name = key.toLatin1();
+    const auto value =
+        referredTo(m_source->list, m_source->objects, m_source->object, QLatin1String(name));
+    return value ? m_source->list.string(*value) : std::nullopt;
 }
 
 QByteArray KeyedArchive::archivedData() const
@@ -113,43 +94,42 @@ QByteArray KeyedArchive::archivedData() const
                             plist_new_uid(plist_array_get_size(objects)));
         plist_array_append_item(objects, makeString(value));
     }
-    plist_dict_set_item(object, "$class", plist_new_uid(plist_array_get_size(objects)));
+    plist_dict_set_item(object, ClassKey, plist_new_uid(plist_array_get_size(objects)));
     plist_array_append_item(objects, makeClass(m_className));
 
     plist_t top = plist_new_dict();
-    plist_dict_set_item(top, "root", plist_new_uid(RootNumber));
+    plist_dict_set_item(top, RootKey, plist_new_uid(RootNumber));
     const Tree archive(plist_new_dict());
-    plist_dict_set_item(archive.get(), "$version", plist_new_uint(Version));
-    plist_dict_set_item(archive.get(), "$archiver", plist_new_string(ArchiverName));
-    plist_dict_set_item(archive.get(), "$top", top);
-    plist_dict_set_item(archive.get(), "$objects", objects);
+    plist_dict_set_item(archive.get(), VersionKey, plist_new_uint(Version));
+    plist_dict_set_item(archive.get(), ArchiverKey, plist_new_string(ArchiverName));
+    plist_dict_set_item(archive.get(), TopKey, top);
+    plist_dict_set_item(archive.get(), ObjectsKey, objects);
 
     char *bytes = nullptr;
     uint32_t length = 0;
     plist_to_bin(archive.get(), &bytes, &length);
-    const QByteArray result(bytes, qsizetype(length));
+    QByteArray result(bytes, qsizetype(length));
     plist_to_bin_free(bytes);
     return result;
 }
 
+// libplist builds the whole tree first, and a nested or inflated one takes the stack or the memory.
 std::optional<KeyedArchive> KeyedArchive::unarchive(const QByteArray &data,
                                                     const QString &className)
 {
-    if (data.size() > std::numeric_limits<int>::max() ||
-        !plist_is_binary(data.constData(), uint32_t(data.size())))
+    const auto list = BinaryPropertyList::open(data);
+    if (!list || !isKeyedArchive(*list))
         return std::nullopt;
-    plist_t parsed = nullptr;
-    plist_from_bin(data.constData(), uint32_t(data.size()), &parsed);
-    const Tree archive(parsed);
-    if (!isKeyedArchive(archive.get()))
+    const auto objects = list->member(list->top(), QLatin1String(ObjectsKey));
+    const auto top = list->member(list->top(), QLatin1String(TopKey));
+    if (!objects || !top)
         return std::nullopt;
-
-    plist_t const objects = memberOf(archive.get(), "$objects");
-    plist_t const object = referredTo(objects, memberOf(memberOf(archive.get(), "$top"), "root"));
-    plist_t const objectClass = referredTo(objects, memberOf(object, "$class"));
-    if (stringOf(memberOf(objectClass, "$classname")) != className)
+    const auto object = referredTo(*list, *objects, *top, QLatin1String(RootKey));
+    const auto objectClass =
+        object ? referredTo(*list, *objects, *object, QLatin1String(ClassKey)) : std::nullopt;
+    if (!objectClass || stringMember(*list, *objectClass, ClassNameKey) != className)
         return std::nullopt;
     KeyedArchive result(className);
-    result.m_members = stringMembersOf(object, objects);
+    result.m_source = Source{*list, *objects, *object};
     return result;
 }

@@ -19,6 +19,8 @@ private slots:
     void readsAnArchiveOfAnotherWriter();
     void readsNothingFromWhatIsNoArchiveOfIt_data();
     void readsNothingFromWhatIsNoArchiveOfIt();
+    void readsNothingFromHostileData_data();
+    void readsNothingFromHostileData() { readsNothingFromWhatIsNoArchiveOfIt(); }
     void readsNothingFromAnArchiveCutShort();
     void survivesAnyDamagedByteAndTellsNoSecret();
     void erasesBothTexts();
@@ -44,6 +46,45 @@ QString archiveWith(const QString &part, const QString &replacement)
     if (!part.isEmpty() && !archive.contains(part))
         qFatal("nothing to exchange");
     return archive.replace(part, replacement);
+}
+
+QByteArray bigEndian(quint64 number, int size)
+{
+    QByteArray bytes;
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        bytes += char(number >> shift & 0xff);
+    return bytes;
+}
+
+// An array in a binary property list, of the objects with these numbers.
+QByteArray arrayOf(const QList<quint64> &objects)
+{
+    QByteArray bytes = "\xaf\x12" + bigEndian(quint64(objects.size()), 4);
+    for (const quint64 object : objects)
+        bytes += bigEndian(object, 4);
+    return bytes;
+}
+
+QByteArray listOf(const QByteArrayList &objects)
+{
+    QByteArray bytes = "bplist00";
+    QByteArray table;
+    for (const QByteArray &object : objects) {
+        table += bigEndian(quint64(bytes.size()), 4);
+        bytes += object;
+    }
+    const auto end = quint64(bytes.size());
+    return bytes + table + QByteArray(6, '\0') + "\x04\x04" +
+           bigEndian(quint64(objects.size()), 8) + bigEndian(0, 8) + bigEndian(end, 8);
+}
+
+// Each array holds the next one that often.
+QByteArray nestedArrays(int depth, int times)
+{
+    QByteArrayList objects;
+    for (int i = 1; i <= depth; ++i)
+        objects += arrayOf(QList<quint64>(times, quint64(i)));
+    return listOf(objects + QByteArrayList{QByteArray("\x50")});
 }
 
 } // namespace
@@ -192,6 +233,30 @@ void TestKeychainItem::readsNothingFromWhatIsNoArchiveOfIt()
     QVERIFY(!KeychainItem::unarchive(data));
     QCOMPARE(log.lines(), QStringList{QStringLiteral("+[ErrorHandler log:] [line 14]: The stored "
                                                      "credentials cannot be read.")});
+}
+
+void TestKeychainItem::readsNothingFromHostileData_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::newRow("arrays in a circle") << listOf({arrayOf({1}), arrayOf({0})});
+    QTest::newRow("an array that is in itself") << listOf({arrayOf({0})});
+    QTest::newRow("nested deeper than any stack") << nestedArrays(200000, 1);
+    QTest::newRow("a thousand million objects once all are told apart") << nestedArrays(30, 2);
+    QTest::newRow("a text longer than all data")
+        << listOf({"\x5f\x13\x7f" + QByteArray(7, '\xff')});
+    QTest::newRow("a count that is no number") << listOf({"\x5f\x50"});
+    QTest::newRow("a count at the very end") << listOf({"\x5f"});
+    QTest::newRow("thirty megabytes of nothing") << "bplist00" + QByteArray(30000000, '\0');
+    QTest::newRow("a trailer of ones") << "bplist00" + QByteArray(32, '\xff');
+
+    const QByteArray archive = KeychainItem(QStringLiteral("ann"), secret).archivedData();
+    QByteArray notAscii = archive;
+    QTest::newRow("a password that is not ASCII though it says so")
+        << notAscii.replace(secret.toLatin1(), QByteArray(secret.size(), '\xff'));
+    QByteArray notUnicode =
+        KeychainItem(QStringLiteral("ann"), QStringLiteral(u"\u20ac\u20ac")).archivedData();
+    QTest::newRow("a password with half a character")
+        << notUnicode.replace("\x20\xac\x20\xac", QByteArray::fromHex("20acd800"));
 }
 
 void TestKeychainItem::readsNothingFromAnArchiveCutShort()
