@@ -9,5 +9,6 @@ set(QUELLMOOR_EXTRA_CA_FILE "" CACHE FILEPATH "Certificate authority trusted bes
 option(QUELLMOOR_WITH_WEBENGINE "Show the news page with Qt WebEngine instead of Qt's text browser" ON)
 option(QUELLMOOR_TOOLS "Build the sample game" ON)
 option(QUELLMOOR_TESTS "Build the tests" ON)
+option(QUELLMOOR_BENCH "Build the benchmarks" OFF)
 set(QUELLMOOR_SANITIZER "" CACHE STRING "address or thread: build everything under that sanitizer")
 set_property(CACHE QUELLMOOR_SANITIZER PROPERTY STRINGS "" address thread)

@@ -32,7 +32,8 @@ public:
 
     // `files` is the manifest's member "files". Enqueues each file that is not valid: the file
     // itself, or, with patching, the chain of patches that leads to it if there is one. Files are
-    // taken one after another in the object's order, which is then the order of the downloads.
+    // taken one after another in the object's order, which is then the order of the downloads; of
+    // the next one to be read the system fetches the beginning meanwhile.
     // Saves the settings once at the end.
     Result run(const QJsonObject &files, const std::optional<QString> &environment,
                bool disablePatching, VARNOPatcher &patcher, const Progress &progress = {}) const;

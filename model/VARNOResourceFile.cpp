@@ -93,11 +93,14 @@ std::optional<Date> VARNOResourceFile::lastModified() const
     return FileSystem::modificationDate(m_localPath);
 }
 
-QString VARNOResourceFile::lastValidDateKey() const { return QStringLiteral("lastValid") + name(); }
+QString VARNOResourceFile::lastValidDateKey() const
+{
+    return ValidationCache::DateKeyPrefix + name();
+}
 
 QString VARNOResourceFile::lastValidHashKey() const
 {
-    return QStringLiteral("lastValidHash") + name();
+    return ValidationCache::HashKeyPrefix + name();
 }
 
 bool VARNOResourceFile::isValid() const

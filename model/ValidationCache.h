@@ -13,7 +13,10 @@ class UserDefaults;
 class ValidationCache
 {
 public:
-    // The two settings of one file.
+    static constexpr QLatin1String DateKeyPrefix{"lastValid"};
+    static constexpr QLatin1String HashKeyPrefix{"lastValidHash"};
+
+    // The two settings of one file: the prefixes, each with the file's name behind it.
     struct Keys
     {
         QString date;

@@ -33,6 +33,28 @@ namespace FileSystem {
 // or a folder in its place: those are not files of a game. Costs one attribute read.
 [[nodiscard]] std::optional<Date> modificationDate(const QString &path);
 
+// A folder kept open, to ask for the dates of many of its files: the system then finds each by its
+// name alone instead of walking the whole path again. One thread at a time.
+class Folder
+{
+public:
+    // Links on the way to it are followed. When it cannot be opened, no file in it has a date.
+    explicit Folder(const QString &path);
+    ~Folder();
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+
+    // As above, for the file with that name, in the file system's encoding and without a slash.
+    [[nodiscard]] std::optional<Date> modificationDate(const QByteArray &name) const;
+
+private:
+    const int m_descriptor;
+};
+
+// Lets the system fetch the beginning of the regular file at `path` from the disk meanwhile,
+// because it will be read soon. Links are not followed; whatever goes wrong shows in the reading.
+void willRead(const QString &path);
+
 // Makes the folder and those above it. Nothing when it is there afterwards.
 std::optional<Error> createDirectory(const QString &path);
 

@@ -20,6 +20,7 @@ namespace FileSystem {
 namespace {
 
 constexpr size_t PieceSize = 128 * 1024;
+constexpr off_t BytesReadAhead = 1024 * 1024;
 constexpr mode_t NewFileMode = 0666;
 constexpr auto PartSuffix = ".quellmoor-part";
 constexpr qsizetype LongestName = 255;
@@ -96,6 +97,21 @@ mode_t modeOfReplacedFile(const QByteArray &path, mode_t otherwise)
     return (attributes.st_mode & 0777U) | S_IRUSR | S_IWUSR;
 }
 
+std::optional<Date> dateOf(const struct stat &attributes)
+{
+    if (!S_ISREG(attributes.st_mode))
+        return std::nullopt;
+    return Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
+                std::chrono::nanoseconds(attributes.st_mtim.tv_nsec));
+}
+
+// Without O_NONBLOCK a pipe in the place of a file would hold the caller for ever.
+int openForReading(const QString &path)
+{
+    return open(QFile::encodeName(path).constData(),
+                O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+}
+
 // The error number, or 0.
 int writePart(const QByteArray &part, const QByteArray &target, const QByteArray &bytes)
 {
@@ -142,11 +158,37 @@ std::optional<Date> modificationDate(const QString &path)
     struct stat attributes
     {
     };
-    if (lstat(QFile::encodeName(path).constData(), &attributes) != 0 ||
-        !S_ISREG(attributes.st_mode))
+    if (lstat(QFile::encodeName(path).constData(), &attributes) != 0)
         return std::nullopt;
-    return Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
-                std::chrono::nanoseconds(attributes.st_mtim.tv_nsec));
+    return dateOf(attributes);
+}
+
+Folder::Folder(const QString &path)
+    : m_descriptor(open(QFile::encodeName(path).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC))
+{
+}
+
+Folder::~Folder()
+{
+    if (m_descriptor >= 0)
+        close(m_descriptor);
+}
+
+std::optional<Date> Folder::modificationDate(const QByteArray &name) const
+{
+    struct stat attributes
+    {
+    };
+    if (fstatat(m_descriptor, name.constData(), &attributes, AT_SYMLINK_NOFOLLOW) != 0)
+        return std::nullopt;
+    return dateOf(attributes);
+}
+
+void willRead(const QString &path)
+{
+    const Descriptor file(openForReading(path));
+    if (file.isOpen()) // of what is no regular file the system takes no notice
+        posix_fadvise(file.get(), 0, BytesReadAhead, POSIX_FADV_WILLNEED);
 }
 
 std::optional<Error> createDirectory(const QString &path)
@@ -207,9 +249,7 @@ std::optional<Error> synchronize(const QString &path)
 
 bool readInPieces(const QString &path, const std::function<void(const char *, size_t)> &piece)
 {
-    // Without O_NONBLOCK a pipe in the place of a file would hold the caller for ever.
-    const Descriptor file(
-        open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    const Descriptor file(openForReading(path));
     struct stat attributes
     {
     };

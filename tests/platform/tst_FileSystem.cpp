@@ -28,6 +28,8 @@ private slots:
     void tellsTheModificationDateToTheNanosecond();
     void tellsNoDateOfWhatIsNoRegularFile_data();
     void tellsNoDateOfWhatIsNoRegularFile();
+    void tellsNoDateInAFolderThatIsNone();
+    void neverWaitsForWhatIsToBeRead();
     void readsAFileInOrder_data();
     void readsAFileInOrder();
     void readsOnlyRegularFiles_data();
@@ -171,9 +173,9 @@ void TestFileSystem::tellsTheModificationDateToTheNanosecond()
     const TestFolder folder;
     folder.write(QStringLiteral("file"), "text");
     folder.setModified(QStringLiteral("file"), Date(std::chrono::nanoseconds(nanoseconds)));
-    const auto date = FileSystem::modificationDate(folder.path(QStringLiteral("file")));
-    QVERIFY(date);
-    QCOMPARE(qint64(date->time_since_epoch().count()), nanoseconds);
+    const std::optional<Date> expected{std::chrono::nanoseconds(nanoseconds)};
+    QCOMPARE(FileSystem::modificationDate(folder.path(QStringLiteral("file"))), expected);
+    QCOMPARE(FileSystem::Folder(folder.path()).modificationDate("file"), expected);
 }
 
 void TestFileSystem::tellsNoDateOfWhatIsNoRegularFile_data()
@@ -189,6 +191,26 @@ void TestFileSystem::tellsNoDateOfWhatIsNoRegularFile()
     const TestFolder folder;
     addObstacles(folder);
     QVERIFY(!FileSystem::modificationDate(folder.path(name)));
+    QVERIFY(!FileSystem::Folder(folder.path()).modificationDate(name.toUtf8()));
+}
+
+void TestFileSystem::tellsNoDateInAFolderThatIsNone()
+{
+    const TestFolder folder;
+    addObstacles(folder);
+    for (const auto &name :
+         {QStringLiteral("missing"), QStringLiteral("pipe"), QStringLiteral("file")})
+        QVERIFY(!FileSystem::Folder(folder.path(name)).modificationDate("file"));
+}
+
+void TestFileSystem::neverWaitsForWhatIsToBeRead()
+{
+    const TestFolder folder;
+    addObstacles(folder);
+    for (const auto &name : {QStringLiteral("pipe"), QStringLiteral("full"), QStringLiteral("link"),
+                             QStringLiteral("missing"), QStringLiteral("file")})
+        FileSystem::willRead(folder.path(name));
+    QCOMPARE(folder.read(QStringLiteral("file")), folder.read(QStringLiteral("link")));
 }
 
 void TestFileSystem::readsAFileInOrder_data()
