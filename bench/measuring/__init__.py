@@ -1,0 +1,1 @@
+"""Measures the built launcher beside other tools."""

@@ -1,0 +1,38 @@
+"""Runs the micro benchmarks and reads what they say."""
+
+from __future__ import annotations
+
+import json
+import os
+import subprocess
+from typing import Any
+
+from .bench import Bench
+
+SECONDS_IN = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+
+
+def run(bench: Bench, pattern: str, rounds: int) -> dict[str, dict[str, Any]]:
+    """The median of each benchmark that matches, by name; rounds are interleaved.
+
+    "seconds" is what one iteration took by the clock, "rate" the bytes or items a second.
+    """
+    environment = {**os.environ, "TMPDIR": str(bench.data)}
+    if bench.quick:
+        environment["QUELLMOOR_BENCH_QUICK"] = "1"
+    said = subprocess.run(
+        [bench.micro, f"--benchmark_filter={pattern}", f"--benchmark_repetitions={rounds}",
+         f"--benchmark_min_time={0.001 if bench.quick else 0.5}",
+         "--benchmark_enable_random_interleaving=true", "--benchmark_format=json"],
+        env=environment, check=True, stdout=subprocess.PIPE).stdout
+    values: dict[str, list[dict[str, Any]]] = {}
+    for entry in json.loads(said)["benchmarks"]:
+        if entry["run_type"] == "iteration":
+            values.setdefault(entry["run_name"].removesuffix("/real_time"), []).append(entry)
+    return {name: _median(entries) for name, entries in values.items()}
+
+
+def _median(entries: list[dict[str, Any]]) -> dict[str, Any]:
+    middle = sorted(entries, key=lambda entry: float(entry["real_time"]))[len(entries) // 2]
+    return {"seconds": middle["real_time"] * SECONDS_IN[middle["time_unit"]],
+            "rate": middle.get("bytes_per_second", middle.get("items_per_second"))}

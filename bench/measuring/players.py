@@ -1,0 +1,101 @@
+"""Ways to get a game from its host: the launcher and other chains of tools."""
+
+from __future__ import annotations
+
+import os
+import shutil
+from pathlib import Path
+
+from harness.player import Player
+
+from .bench import Bench, Contestant, command, shell
+from .data import Game
+
+LAUNCHER = "quellmoor-launcher --update"
+DECODE = "bzip2 -dc on two cores, nothing else"
+
+
+def launcher(bench: Bench, game: Game) -> Contestant:
+    """From nothing to all valid, second check included."""
+    home = bench.data / "player"
+
+    def prepare() -> None:
+        shutil.rmtree(home, ignore_errors=True)
+        home.mkdir(parents=True)
+
+    def run() -> None:
+        command((bench.launcher, "--update"), environment=Player(home).environment())
+
+    return Contestant(LAUNCHER, run, prepare)
+
+
+def first_check(bench: Bench, game: Game) -> Contestant:
+    """A whole check of a game that is there but that no earlier check has seen."""
+    home = bench.data / "checker"
+    shutil.rmtree(home, ignore_errors=True)
+    player = Player(home)
+    player.data.mkdir()
+    player.game.symlink_to(game.source)
+
+    def run() -> None:
+        command((bench.launcher, "--verify"), environment=player.environment())
+
+    return Contestant("quellmoor-launcher --verify",
+                      run, lambda: player.settings.unlink(missing_ok=True))
+
+
+def decode_only(game: Game) -> Contestant:
+    return Contestant(DECODE, lambda: shell("find . -name '*.bz2' -print0 | xargs -0 -P 2 -n 16 "
+                                            "sh -c 'exec bzip2 -dc \"$@\" >/dev/null' -", game.tree))
+
+
+def others(bench: Bench, game: Game, base: str) -> list[Contestant]:
+    """Nobody of these verifies anything."""
+    keys = game.keys()
+    unpack = ("find . -name '*.bz2' -print0 | xargs -0 -P 2 -n 16 lbzip2 -d -n 1"
+              if len(keys) > 1 else "find . -name '*.bz2' -print0 | xargs -0 lbzip2 -d")
+    urls = bench.data / "urls.txt"
+    urls.write_text("".join(f"{base}/mac/{key}.bz2\n\tout={key}.bz2\n" for key in keys))
+    plain_urls = bench.data / "plain-urls.txt"
+    plain_urls.write_text("".join(f"{base}/mac/{key}.bz2\n" for key in keys))
+    pipes = bench.data / "pipes.sh"
+    pipes.write_text("".join(
+        f"mkdir -p {os.path.dirname(key)}\n"
+        f"curl -sS --fail --cacert {bench.authority} {base}/mac/{key}.bz2 | bzip2 -d > {key}\n"
+        for key in keys))
+
+    def aria(connections: int) -> str:
+        return (f"aria2c -q --no-conf --async-dns=false --ca-certificate={bench.authority} "
+                f"-j {connections} -x {connections} -s {connections} -k 1M "
+                f"--file-allocation=none -i {urls}")
+
+    scripts = {
+        "wget, then lbzip2": f"wget -q --no-config --ca-certificate={bench.authority} -x -nH "
+                             f"-i {plain_urls}\n{unpack}",
+        "aria2c, 1 connection, then lbzip2": f"{aria(1)}\n{unpack}",
+        "aria2c, 4 connections, then lbzip2": f"{aria(4)}\n{unpack}",
+        "curl a file, piped to bzip2": f". {pipes}",
+    }
+    return [_chain(bench, name, script, len(keys)) for name, script in scripts.items()]
+
+
+def _chain(bench: Bench, name: str, script: str, count: int) -> Contestant:
+    folder = bench.data / "chain"
+
+    def prepare() -> None:
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir()
+
+    def run() -> None:
+        shell(script, folder)
+        _require_files(folder, count, name)
+
+    return Contestant(name, run, prepare)
+
+
+def _require_files(folder: Path, count: int, name: str) -> None:
+    found = sum(1 for path in folder.rglob("*.bin"))
+    if found != count:
+        raise RuntimeError(f"{name} left {found} of {count} files")
+
+
