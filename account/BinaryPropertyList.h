@@ -30,7 +30,14 @@ public:
     [[nodiscard]] std::optional<Number> member(Number dictionary, QLatin1String key) const;
 
 private:
-    enum Kind : int { Integer = 0x1, Ascii = 0x5, Utf16 = 0x6, Uid = 0x8, Array = 0xa, Dictionary = 0xd };
+    enum Kind : int {
+        Integer = 0x1,
+        Ascii = 0x5,
+        Utf16 = 0x6,
+        Uid = 0x8,
+        Array = 0xa,
+        Dictionary = 0xd
+    };
     // What follows an object's first byte: its items begin at `begin`.
     struct Items
     {

@@ -1,6 +1,7 @@
 #include "ui/FingerprintPanel.h"
 
 #include "ui/PictureView.h"
+#include "ui/Typography.h"
 
 #include <QAccessible>
 #include <QLabel>
@@ -36,16 +37,24 @@ FingerprintPanel::FingerprintPanel(const QString &reason, QWidget *owner)
 void FingerprintPanel::addPicture()
 {
     QMargins margins = layout()->contentsMargins();
-    auto *picture = new PictureView(this);
-    picture->setPictureName(QStringLiteral("touchbar_fingerprint_over"));
-    picture->setGeometry(margins.left() - 8, margins.top() - 2, PictureSize, PictureSize);
+    m_picture = new PictureView(this);
+    m_picture->setPictureName(QStringLiteral("touchbar_fingerprint_over"));
+    m_picture->setGeometry(margins.left() - 8, 0, PictureSize, PictureSize);
     margins.setLeft(margins.left() + PictureSize - 8 + PictureGap);
     layout()->setContentsMargins(margins);
+}
+
+void FingerprintPanel::resizeEvent(QResizeEvent *event)
+{
+    AlertPanel::resizeEvent(event);
+    m_picture->move(m_picture->x(), (height() - PictureSize) / 2);
 }
 
 void FingerprintPanel::setHint(const QString &hint)
 {
     m_hint->setText(hint);
+    // What is new must catch the eye of somebody who looks at the reader.
+    m_hint->setStyleSheet(QStringLiteral("color: %1").arg(QColor::fromRgb(Palette::Brass).name()));
     setAccessibleDescription(hint);
     for (const QAccessible::Event type : {QAccessible::DescriptionChanged, QAccessible::Alert}) {
         QAccessibleEvent event(this, type);

@@ -2,6 +2,7 @@
 
 #include "ui/AlertPanel.h"
 
+class PictureView;
 class QLabel;
 
 // The window of the fingerprint question: an alert with the picture of a finger and one button,
@@ -17,8 +18,12 @@ public:
     void setHint(const QString &hint);
     [[nodiscard]] QString hint() const;
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void addPicture();
 
     QLabel *m_hint = nullptr;
+    PictureView *m_picture = nullptr;
 };

@@ -9,6 +9,7 @@
 #include "platform/UserDefaults.h"
 #include "ui/AlertPanelPresenter.h"
 #include "ui/CustomWindow.h"
+#include "ui/FingerprintPrompt.h"
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherView.h"
 #include "ui/VARNOProgressView.h"
@@ -69,6 +70,7 @@ struct Scene
     AlertPanelPresenter alerts;
     FakeBiometricContext biometrics;
     LocalAuthenticationHandler stored{biometrics, userDefaults, alerts};
+    FingerprintPrompt fingerprint;
     CustomWindow window{QRect(0, 0, 1, 1)};
     LauncherView *view = nullptr;
 };
@@ -83,6 +85,32 @@ void openTwoStepSheet(Scene &scene)
                              QStringLiteral("503: Enter your two-step token."),
                              {QStringLiteral("Confirm"), QStringLiteral("Cancel")}},
                             AlertTextField(), [](int, const QString &) {});
+}
+
+// What the launcher itself would show, once more for a look at it only.
+void openOffer(Scene &scene)
+{
+    scene.show(0.0, QStringLiteral("Checking for updates..."));
+    scene.alerts.beginSheet({QStringLiteral("Enable Touch ID"),
+                             QStringLiteral("Use Touch ID to login to  Quellmoor."),
+                             {QStringLiteral("Enable"), QStringLiteral("Cancel")}},
+                            std::nullopt, [](int, const QString &) {});
+}
+
+void openReset(Scene &scene)
+{
+    scene.alerts.beginSheet(
+        {QStringLiteral("Touch ID Has Been Reset"),
+         QStringLiteral("To setup Touch ID again login to your account with the correct username "
+                        "and password and select Enable."),
+         {QStringLiteral("Close")}},
+        std::nullopt, [](int, const QString &) {});
+}
+
+void askForFinger(Scene &scene)
+{
+    scene.fingerprint.setWindow(&scene.window);
+    scene.fingerprint.show(QStringLiteral("Login to Quellmoor"), [] {});
 }
 
 const std::map<std::string, Arrange> &states()
@@ -145,6 +173,15 @@ const std::map<std::string, Arrange> &states()
                   {QStringLiteral("Update"), QStringLiteral("Exit Launcher")}},
                  std::nullopt, [](int, const QString &) {});
          }},
+        {"15-fingerprint-offer", openOffer},
+        {"16-fingerprint-question", askForFinger},
+        {"17-fingerprint-retry",
+         [](Scene &scene) {
+             askForFinger(scene);
+             scene.fingerprint.retry(
+                 QStringLiteral("Put your finger on the middle of the reader."));
+         }},
+        {"18-fingerprint-reset", openReset},
     };
     return all;
 }

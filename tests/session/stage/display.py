@@ -1,4 +1,6 @@
-"""A display of the session's own, with a window manager: what is on it, and pictures of it."""
+"""A display of the session's own, with a window manager and a compositor, as players have them:
+what is on it, and pictures of it.
+"""
 
 from __future__ import annotations
 
@@ -51,6 +53,7 @@ class Display:
                             "QT_QPA_PLATFORM": "xcb"}
         self._all = {**os.environ, **self.environment}
         services.start("window-manager", ["openbox"], more=self.environment)
+        services.start("compositor", ["xcompmgr"], more=self.environment)
         until("the window manager",
               lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
 
