@@ -56,6 +56,7 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
 {
     LocalAuthenticationHandler::install(std::make_unique<LocalAuthenticationHandler>(
         *m_biometrics, m_userDefaults, m_alertPresenter));
+    m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
     m_window.setContentView(&m_view);
     m_alertPresenter.setWindow(&m_window);
     m_fingerprintPrompt.setWindow(&m_window);

@@ -179,6 +179,10 @@
 <context>
     <name>Launcher</name>
     <message>
+        <source>News</source>
+        <translation>Noticias</translation>
+    </message>
+    <message>
         <source>Account</source>
         <translation>Cuenta</translation>
     </message>

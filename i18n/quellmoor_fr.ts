@@ -179,6 +179,10 @@
 <context>
     <name>Launcher</name>
     <message>
+        <source>News</source>
+        <translation>Actualités</translation>
+    </message>
+    <message>
         <source>Account</source>
         <translation>Compte</translation>
     </message>

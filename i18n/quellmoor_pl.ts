@@ -179,6 +179,10 @@
 <context>
     <name>Launcher</name>
     <message>
+        <source>News</source>
+        <translation>Aktualności</translation>
+    </message>
+    <message>
         <source>Account</source>
         <translation>Konto</translation>
     </message>

@@ -54,15 +54,19 @@ QPoint CustomWindow::originForDrag(const QRect &frame, const QPointF &initialLoc
 
 void CustomWindow::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
-        m_initialLocation = event->position();
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_initialLocation = event->position();
+    m_isHeld = true;
 }
 
 void CustomWindow::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!(event->buttons() & Qt::LeftButton))
+    // A button that was pressed and left behind hands its moves on, too.
+    if (!m_isHeld)
         return;
     if (desktopMovesWindows()) {
+        m_isHeld = false; // the desktop keeps the release to itself
         windowHandle()->startSystemMove();
         return;
     }
@@ -70,4 +74,10 @@ void CustomWindow::mouseMoveEvent(QMouseEvent *event)
     // is counted from where the window is now.
     const QPointF location = mapFromGlobal(event->globalPosition());
     move(originForDrag(geometry(), m_initialLocation, location, visibleFrameOf(screen())));
+}
+
+void CustomWindow::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        m_isHeld = false;
 }

@@ -36,7 +36,9 @@ public:
 protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     QPointF m_initialLocation;
+    bool m_isHeld = false; // by a press that no control took
 };

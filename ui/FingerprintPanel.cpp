@@ -1,9 +1,9 @@
 #include "ui/FingerprintPanel.h"
 
+#include "ui/Accessibility.h"
 #include "ui/PictureView.h"
 #include "ui/Typography.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QLayout>
 #include <QPushButton>
@@ -29,6 +29,7 @@ FingerprintPanel::FingerprintPanel(const QString &reason, QWidget *owner)
 {
     const auto labels = findChildren<QLabel *>();
     m_hint = labels.constLast();
+    Accessibility::makeSpoken(*m_hint);
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setDefault(false);
     addPicture();
@@ -56,10 +57,7 @@ void FingerprintPanel::setHint(const QString &hint)
     // What is new must catch the eye of somebody who looks at the reader.
     m_hint->setStyleSheet(QStringLiteral("color: %1").arg(QColor::fromRgb(Palette::Brass).name()));
     setAccessibleDescription(hint);
-    for (const QAccessible::Event type : {QAccessible::DescriptionChanged, QAccessible::Alert}) {
-        QAccessibleEvent event(this, type);
-        QAccessible::updateAccessibility(&event);
-    }
+    Accessibility::speak(*m_hint);
 }
 
 QString FingerprintPanel::hint() const { return m_hint->text(); }

@@ -1,5 +1,6 @@
 #include "ui/InterfaceLoader.h"
 
+#include "ui/Accessibility.h"
 #include "ui/CustomSecureTextFieldCell.h"
 #include "ui/CustomTextFieldCell.h"
 #include "ui/CustomTouchBarView.h"
@@ -37,6 +38,7 @@ InterfaceLoader::InterfaceLoader()
           {QStringLiteral("VARNOProgressView"), make<VARNOProgressView>},
       }
 {
+    Accessibility::install();
 }
 
 void InterfaceLoader::addClass(const QString &className, const Maker &maker)

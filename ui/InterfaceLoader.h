@@ -7,7 +7,7 @@
 #include <functional>
 
 // Makes widgets from the interface files in the application's resources, with the user interface's
-// own classes. Main thread only.
+// own classes, and has them described to assistive technology. Main thread only.
 class InterfaceLoader : public QUiLoader
 {
     Q_OBJECT

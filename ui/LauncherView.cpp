@@ -166,9 +166,14 @@ void LauncherView::applyLoginFormHidden(bool hide)
     m_createAccountButton->setHidden(hide);
     m_accountIDField->resignFirstResponder();
     m_passwordField->resignFirstResponder();
-    // The keyboard of a control that was hidden would go to the next link, which nobody asked for.
-    if (focused && !focused->isVisibleTo(this) && window()->focusWidget())
-        window()->focusWidget()->clearFocus();
+    // Without a control that has the keyboard the first one gets it as soon as the window comes
+    // forward, and without one that was hidden the next one gets it at once. The login form is fine
+    // for that, a link is not.
+    if (focused && focused->isVisibleTo(this) && focused == window()->focusWidget())
+        return;
+    window()->setFocus();
+    if (!hide)
+        window()->clearFocus();
 }
 
 void LauncherView::prepareForLogin()

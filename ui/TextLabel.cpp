@@ -1,12 +1,17 @@
 #include "ui/TextLabel.h"
 
+#include "ui/Accessibility.h"
 #include "ui/Typography.h"
 
-#include <QAccessible>
 #include <QPainter>
 #include <QTextLayout>
 
 namespace {
+
+using namespace std::chrono_literals;
+
+// So that a screen reader gets to say something between two of them.
+constexpr auto PauseBetweenAnnouncements = 1500ms;
 
 // The lines of the text in that width, without an end.
 QStringList broken(const QString &text, const QFont &font, int width, bool wraps)
@@ -34,6 +39,8 @@ TextLabel::TextLabel(QWidget *parent) : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
     setStyle(Message);
+    m_pause.setSingleShot(true);
+    connect(&m_pause, &QTimer::timeout, this, &TextLabel::announceNews);
 }
 
 void TextLabel::setStyle(Style style)
@@ -53,8 +60,8 @@ void TextLabel::setStringValue(const QString &newText)
     setText(newText);
     // A tool tip takes what looks like markup for markup.
     setToolTip(isCut() ? newText.toHtmlEscaped() : QString());
-    if (m_announcesChanges)
-        announce();
+    if (m_announcesChanges && !m_pause.isActive())
+        announceNews();
 }
 
 void TextLabel::setUsesSingleLineMode(bool usesSingleLineMode)
@@ -115,11 +122,20 @@ void TextLabel::paintLines(QPainter &painter, const QRect &area) const
     }
 }
 
-void TextLabel::announce()
+void TextLabel::setAnnouncesChanges(bool announcesChanges)
 {
-    for (const QAccessible::Event type : {QAccessible::NameChanged, QAccessible::Alert}) {
-        QAccessibleEvent event(this, type);
-        QAccessible::updateAccessibility(&event);
-    }
+    m_announcesChanges = announcesChanges;
+    if (announcesChanges)
+        Accessibility::makeSpoken(*this);
+}
+
+void TextLabel::announceNews()
+{
+    const QString headline = text().section(QLatin1Char('\n'), 0, 0);
+    if (headline == m_announcedHeadline)
+        return;
+    m_announcedHeadline = headline;
+    m_pause.start(PauseBetweenAnnouncements);
+    Accessibility::speak(*this);
     emit announced(text());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QTimer>
 
 class TextFieldDelegate;
 
@@ -42,8 +43,10 @@ public:
     void setDelegate(TextFieldDelegate *delegate) { m_delegate = delegate; }
     [[nodiscard]] TextFieldDelegate *delegate() const { return m_delegate; }
 
-    // Whether assistive technology reads a new text out at once.
-    void setAnnouncesChanges(bool announcesChanges) { m_announcesChanges = announcesChanges; }
+    // Whether assistive technology reads out a text whose first line is new: at once, or after the
+    // pause that follows each reading. The further lines are details, which may change many times a
+    // second.
+    void setAnnouncesChanges(bool announcesChanges);
     [[nodiscard]] bool announcesChanges() const { return m_announcesChanges; }
 
     // The lines as they are shown, the last one with an ellipsis when there is more.
@@ -60,11 +63,13 @@ private:
     // In lines.
     [[nodiscard]] int room() const;
     [[nodiscard]] bool isCut() const;
-    void announce();
+    void announceNews();
     void paintLines(QPainter &painter, const QRect &area) const;
 
     TextFieldDelegate *m_delegate = nullptr;
     Style m_style = Message;
     bool m_isScrollable = true;
     bool m_announcesChanges = false;
+    QString m_announcedHeadline;
+    QTimer m_pause; // runs while nothing is announced
 };

@@ -2,6 +2,7 @@
 
 #include "ui/BezierPathQuartzUtilities.h"
 
+#include <QAccessible>
 #include <QPainter>
 
 namespace {
@@ -9,6 +10,9 @@ namespace {
 QColor colorOf(const ColorObject &object) { return object ? *object : QColor(Qt::transparent); }
 
 bool isFraction(double number) { return number >= 0.0 && number <= 1.0; }
+
+// What assistive technology can tell apart; finer steps would flood it.
+int percentOf(double fraction) { return int(fraction * 100); }
 
 QPainterPath roundedPath(const QRectF &rect, double radius)
 {
@@ -71,8 +75,13 @@ void VARNOProgressView::setValue(double value)
 {
     if (!isFraction(value))
         return;
+    const int percent = percentOf(m_value);
     m_value = value;
     layout();
+    if (percentOf(value) == percent)
+        return;
+    QAccessibleValueChangeEvent changed(this, value);
+    QAccessible::updateAccessibility(&changed);
 }
 
 void VARNOProgressView::setThreshold(double threshold)

@@ -8,6 +8,7 @@ import signal
 import sys
 import time
 from pathlib import Path
+from typing import Sequence
 
 import paths  # noqa: F401
 
@@ -27,21 +28,24 @@ def main() -> int:
     parser.add_argument("folder", nargs="?", type=Path,
                         default=settings.REPOSITORY / "build" / "demo",
                         help="where the pictures go (default: build/demo)")
-    folder = parser.parse_args().folder.resolve()
+    parser.add_argument("--play", choices=acts.PLAYS, default="session",
+                        help="what is played (default: a whole session)")
+    words = parser.parse_args()
+    folder = words.folder.resolve()
     isolation.enter()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
     is_whole = False
     try:
         with Stage() as stage:
-            is_whole = play(Player(stage, Album(folder)))
+            is_whole = play(Player(stage, Album(folder)), acts.PLAYS[words.play])
     finally:
         print(f"The pictures are in {folder}.")
     return 0 if is_whole else 1
 
 
-def play(player: Player) -> bool:
+def play(player: Player, whole: Sequence[acts.Act]) -> bool:
     """Plays act after act, each of which builds on the ones before; true when all was seen."""
-    for act in acts.ALL:
+    for act in whole:
         print(f"  {(act.__doc__ or act.__name__).strip()} ... ", end="", flush=True)
         started = time.monotonic()
         try:

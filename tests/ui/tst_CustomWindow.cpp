@@ -3,6 +3,7 @@
 
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPushButton>
 #include <QScreen>
 #include <QTest>
 
@@ -21,6 +22,7 @@ private slots:
     void stopsAtTheTopOfTheVisibleArea();
     void isMovedByDraggingItsContent();
     void staysWhileAControlTakesTheMouse();
+    void staysWhileAPressedButtonIsLeftBehind();
     void ignoresOtherMouseButtons();
 
 private:
@@ -142,6 +144,19 @@ void TestCustomWindow::staysWhileAControlTakesTheMouse()
     window.show();
     press(*field, QPointF(5, 5));
     drag(*field, QPointF(60, 5));
+    QCOMPARE(window.pos(), QPoint(100, 100));
+}
+
+void TestCustomWindow::staysWhileAPressedButtonIsLeftBehind()
+{
+    CustomWindow window(QRect(0, 0, 400, 300));
+    auto *button = new QPushButton(&window);
+    window.move(100, 100);
+    window.show();
+    QTest::mouseClick(&window, Qt::LeftButton);
+    press(*button, QPointF(5, 5));
+    drag(*button, QPointF(200, 200));
+    drag(*button, QPointF(210, 210));
     QCOMPARE(window.pos(), QPoint(100, 100));
 }
 

@@ -17,6 +17,8 @@ private slots:
     void showsMarkupAsText();
     void hasTheWholeTextInTheToolTipOnlyWhenItIsCut();
     void announcesEachChangeOnce();
+    void announcesFirstLinesOnly();
+    void announcesTheNewestAfterAPause();
     void saysNothingUnlessAskedTo();
 
 private:
@@ -110,6 +112,32 @@ void TestTextLabel::announcesEachChangeOnce()
     label.setStringValue(QStringLiteral("new"));
     label.setStringValue(QStringLiteral("new"));
     QCOMPARE(announced, (QList<QVariantList>{{QStringLiteral("new")}}));
+}
+
+void TestTextLabel::announcesFirstLinesOnly()
+{
+    TextLabel label;
+    label.setAnnouncesChanges(true);
+    QSignalSpy announced(&label, &TextLabel::announced);
+    label.setStringValue(QStringLiteral("file 1\n10%"));
+    label.setStringValue(QStringLiteral("file 1\n20%"));
+    label.setStringValue(QStringLiteral("file 2\n0%"));
+    QVERIFY(announced.wait());
+    QCOMPARE(announced, (QList<QVariantList>{{QStringLiteral("file 1\n10%")},
+                                             {QStringLiteral("file 2\n0%")}}));
+}
+
+void TestTextLabel::announcesTheNewestAfterAPause()
+{
+    TextLabel label;
+    label.setAnnouncesChanges(true);
+    QSignalSpy announced(&label, &TextLabel::announced);
+    for (const char *text : {"first", "second", "third"})
+        label.setStringValue(QLatin1String(text));
+    QCOMPARE(announced, (QList<QVariantList>{{QStringLiteral("first")}}));
+    QVERIFY(announced.wait());
+    QCOMPARE(announced,
+             (QList<QVariantList>{{QStringLiteral("first")}, {QStringLiteral("third")}}));
 }
 
 void TestTextLabel::saysNothingUnlessAskedTo()

@@ -44,10 +44,10 @@ def finger_logs_in(player: Player) -> None:
     player.starts_launcher()
     player.plays_without_typing()
     player.sees("dialog", QUESTION)
-    player.sees("label", HINT)
+    player.sees("notification", HINT)
     player.takes_picture("fingerprint-question")
     player.stage.reader.retry(TOO_SHORT)
-    player.sees("label", RETRY_HINT)
+    player.sees("notification", RETRY_HINT)
     player.sees("dialog", QUESTION)
     player.takes_picture("fingerprint-retry")
     expect("logins before the match",

@@ -21,8 +21,9 @@ def what_it_is_handed(player: Player) -> None:
     report = player.stage.game_run.report()
     expect_handover(player, report, "robin", None)
     until("the game's window", lambda: player.stage.display.windows_of(report["pid"]))
-    expect("windows of the game by name",
-           len(player.stage.display.windows_named("^Quellmoor$")) >= 1, True)
+    expect("windows of the game with its name",
+           set(player.stage.display.windows_of(report["pid"]))
+           <= set(player.stage.display.windows_named("^Quellmoor$")), True)
     player.takes_picture("game-starts")
 
 

@@ -56,7 +56,7 @@ def moved_on(player: Player, name: str, earlier: list[float]) -> Optional[float]
 
 def fullness(player: Player) -> float:
     """The part of the bar that is filled."""
-    area = player.launcher.area(player.sees("filler", "Progress"))
+    area = player.launcher.area(player.sees("progress bar", "Progress"))
     row = player.stage.display.colours(
         Area(area.x, area.y + area.height // 2, area.width, 1))
     return sum(is_fill(colour) for colour in row) / len(row)

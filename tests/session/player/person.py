@@ -6,6 +6,7 @@ from typing import Callable, Optional
 
 from stage import children
 from stage.accessibility import FOCUSED, SHOWING, Element
+from stage.display import Colour
 from stage.launcher import Launcher
 from stage.waiting import NotSeen, expect, until
 from stage.whole import Stage
@@ -14,6 +15,7 @@ from .album import Album
 
 FIRST_STATUS = "Login"
 LIGHT, LIGHT_DOTS_OF_A_PAGE = 180, 500
+STEPS = 10
 LOGIN_FORM = (("text", "Account"), ("text", "Password"), ("push button", "Play"),
               ("push button", "Forgot password?"), ("push button", "Create an account"))
 
@@ -34,10 +36,10 @@ class Player:
     def takes_picture(self, name: str) -> None:
         self._album.keep(self.stage.display, name)
 
-    def starts_launcher(self) -> None:
+    def starts_launcher(self, *words: str) -> None:
         """The status line is known by what it says first."""
-        self.stage.start_launcher()
-        self._status = self.sees("label", FIRST_STATUS)
+        self.stage.start_launcher(*words)
+        self._status = self.sees("notification", FIRST_STATUS)
 
     # What the player sees.
 
@@ -83,6 +85,17 @@ class Player:
         colours = self.stage.display.colours(self.launcher.area(found)) if found else []
         return sum(min(colour) > LIGHT for colour in colours)
 
+    def focused(self) -> Optional[Element]:
+        """What has the keyboard in the launcher. A page always claims to have it."""
+        for element in self.launcher.elements():
+            if (element.has(FOCUSED) and element.has(SHOWING)
+                    and not element.is_of_a_page()):
+                return element
+        return None
+
+    def sees_colours(self, element: Element) -> list[Colour]:
+        return self.stage.display.colours(self.launcher.area(element))
+
     def sees_nothing_left_running(self) -> None:
         """Whatever a launcher has started is gone with it."""
         try:
@@ -93,8 +106,31 @@ class Player:
 
     # What the player does.
 
+    def moves_to(self, element: Element) -> None:
+        expect(f"{element.name()} shows", element.has(SHOWING), True)
+        self.moves_to_place(*self.launcher.area(element).centre())
+
+    def moves_away(self) -> None:
+        """To a corner of the display where nothing is."""
+        self.moves_to_place(1, 1)
+
+    def moves_to_place(self, x: int, y: int) -> None:
+        self.stage.display.xdotool("mousemove", str(x), str(y))
+
+    def moves_by(self, right: int, down: int) -> None:
+        """In steps, as a hand does."""
+        for step in range(STEPS):
+            x, y = (part * (step + 1) // STEPS - part * step // STEPS for part in (right, down))
+            self.stage.display.xdotool("mousemove_relative", "--", str(x), str(y))
+
+    def holds_down(self) -> None:
+        self.stage.display.xdotool("mousedown", "1")
+
+    def lets_go(self) -> None:
+        self.stage.display.xdotool("mouseup", "1")
+
     def clicks(self, element: Element) -> None:
-        self._moves_to(element)
+        self.moves_to(element)
         self.stage.display.xdotool("click", "1")
 
     def clicks_button(self, name: str) -> None:
@@ -141,8 +177,3 @@ class Player:
         self.presses("ctrl+a", "BackSpace")
         until(f"an empty field {name}", lambda: not field.text())
         return field
-
-    def _moves_to(self, element: Element) -> None:
-        expect(f"{element.name()} shows", element.has(SHOWING), True)
-        x, y = self.launcher.area(element).centre()
-        self.stage.display.xdotool("mousemove", "--sync", str(x), str(y))

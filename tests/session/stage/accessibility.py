@@ -4,10 +4,12 @@ from __future__ import annotations
 
 from dataclasses import dataclass, replace
 from pathlib import Path
-from typing import Any, Iterator, Optional
+from typing import Any, Iterator, NamedTuple, Optional
 
 import dbus
 import dbus.bus
+from dbus.mainloop.glib import DBusGMainLoop
+from gi.repository import GLib
 
 from .children import Services
 from .display import NOWHERE, Area
@@ -18,6 +20,17 @@ SPI = "org.a11y.atspi."
 PROPERTIES = "org.freedesktop.DBus.Properties"
 FOCUSED, SHOWING = 12, 25
 ON_SCREEN = 0
+EVENTS = SPI + "Event.Object"
+LISTENED_TO = ("object:state-changed:showing", "object:state-changed:focused",
+               "object:property-change:accessible-value")
+
+
+class Event(NamedTuple):
+    """Something that a program told: what kind of change, to what, and the element it is about."""
+
+    kind: str
+    value: int
+    element: Element
 
 
 class Bus:
@@ -35,7 +48,8 @@ class Bus:
                                       "GetAddress", "", ())
         session.close()
         self._address = str(found)
-        self._bus = self.another()
+        self._bus = dbus.bus.BusConnection(self._address, mainloop=DBusGMainLoop())
+        self._heard: list[Event] = []
         until("the registry of accessible programs", lambda: self._registry().role())
 
     def close(self) -> None:
@@ -51,6 +65,25 @@ class Bus:
             if self._owner(application) == pid:
                 return application
         raise NotSeen(f"the windows of {pid}")
+
+    def listen(self) -> None:
+        """From now on events are kept, as a screen reader would ask for them."""
+        for event in LISTENED_TO:
+            self._bus.call_blocking(SPI + "Registry", "/org/a11y/atspi/registry", SPI + "Registry",
+                                    "RegisterEvent", "s", (event,))
+        self._bus.add_signal_receiver(self._hear, dbus_interface=EVENTS, sender_keyword="sender",
+                                      path_keyword="path")
+
+    def heard(self) -> list[Event]:
+        """The events since the last call."""
+        context = GLib.MainContext.default()
+        while context.iteration(False):
+            pass
+        heard, self._heard = self._heard, []
+        return heard
+
+    def _hear(self, kind: str, value: int, *_more: Any, sender: str, path: str) -> None:
+        self._heard.append(Event(str(kind), int(value), Element(self._bus, sender, path)))
 
     def elements_of(self, pid: int) -> Iterator[Element]:
         """Everything in the windows of a process, depth first; what goes meanwhile is left out."""
@@ -90,6 +123,14 @@ class Element:
     def text(self) -> str:
         """What is in a field."""
         return str(self._ask("Text", "GetText", "ii", (0, -1)) or "")
+
+    def value(self) -> float:
+        """How far a bar has got."""
+        return float(self._ask_property("Value", "CurrentValue") or 0)
+
+    def is_of_a_page(self) -> bool:
+        """Those parts have no place on the screen."""
+        return SPI + "Component" not in (self._ask("Accessible", "GetInterfaces") or ())
 
     def has(self, state: int) -> bool:
         states = self._ask("Accessible", "GetState") or (0, 0)

@@ -13,7 +13,9 @@ from typing import NamedTuple, Optional
 from .children import Services
 from .waiting import until
 
-SIZE = "1280x800x24"
+WIDTH, HEIGHT = 1280, 800
+PANEL = 24
+USUAL_SETTINGS = Path("/etc/xdg/openbox/rc.xml")
 PLACE = re.compile(r"Absolute upper-left X: +(-?\d+)\s+Absolute upper-left Y: +(-?\d+)"
                    r".*Width: (\d+)\s+Height: (\d+)", re.DOTALL)
 Colour = tuple[int, int, int]
@@ -37,10 +39,11 @@ NOWHERE = Area(0, 0, 0, 0)
 class Display:
     """An X server that nobody else uses; `environment` names it to programs."""
 
-    def __init__(self, services: Services) -> None:
+    def __init__(self, services: Services, folder: Path) -> None:
         reading, writing = os.pipe()
         try:
-            services.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", SIZE,
+            services.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0",
+                                      f"{WIDTH}x{HEIGHT}x24",
                                       "-nolisten", "tcp", "-noreset"], passed=[writing])
             os.close(writing)
             with open(reading, encoding="ascii", closefd=False) as numbers:
@@ -52,7 +55,8 @@ class Display:
         self.environment = {"DISPLAY": f":{number}", "XDG_SESSION_TYPE": "x11",
                             "QT_QPA_PLATFORM": "xcb"}
         self._all = {**os.environ, **self.environment}
-        services.start("window-manager", ["openbox"], more=self.environment)
+        services.start("window-manager", ["openbox", "--config-file", str(_settings(folder))],
+                       more=self.environment)
         services.start("compositor", ["xcompmgr"], more=self.environment)
         until("the window manager",
               lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
@@ -75,6 +79,10 @@ class Display:
     def front_window(self) -> Optional[int]:
         """The window that no other one covers."""
         return self._last_of("_NET_CLIENT_LIST_STACKING")
+
+    def top_of_desktop(self) -> int:
+        """Where the room for windows begins."""
+        return int(self._property("_NET_WORKAREA").partition("=")[2].split(",")[1])
 
     def xdotool(self, *words: str, typed: Optional[str] = None) -> None:
         """Plays keys and mouse. What is typed goes through a pipe, for all see command lines."""
@@ -109,3 +117,12 @@ class Display:
     def _last_of(self, name: str) -> Optional[int]:
         last = self._property(name).replace(",", " ").split()[-1]
         return int(last, 16) if last.startswith("0x") else None
+
+
+def _settings(folder: Path) -> Path:
+    """The window manager's usual settings, but with room for a panel at the top."""
+    usual = USUAL_SETTINGS.read_text()
+    own = folder / "window-manager.xml"
+    own.write_text(re.sub(r"(<margins>.*?<top>)\d+(</top>)", rf"\g<1>{PANEL}\g<2>", usual,
+                          count=1, flags=re.DOTALL))
+    return own

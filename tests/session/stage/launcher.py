@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import subprocess
 from pathlib import Path
-from typing import Iterator, Mapping, Optional
+from typing import Iterator, Mapping, Optional, Sequence
 
 from harness import isolation, settings
 
@@ -18,15 +18,15 @@ class Launcher:
     """One run of the launcher. What it prints goes to files, as its game's words do."""
 
     def __init__(self, environment: Mapping[str, str], display: Display, bus: Bus,
-                 logs: Path, number: int) -> None:
+                 logs: Path, number: int, words: Sequence[str] = ()) -> None:
         self._display = display
         self._bus = bus
         self.output_file = logs / f"launcher-{number}.output"
         self.errors_file = logs / f"launcher-{number}.errors"
         with open(self.output_file, "wb") as output, open(self.errors_file, "wb") as errors:
-            self.process = subprocess.Popen([str(settings.launcher())], env=dict(environment),
-                                            stdin=subprocess.DEVNULL, stdout=output,
-                                            stderr=errors,
+            self.process = subprocess.Popen([str(settings.launcher()), *words],
+                                            env=dict(environment), stdin=subprocess.DEVNULL,
+                                            stdout=output, stderr=errors,
                                             preexec_fn=isolation.die_with_parent)
         self.pid = self.process.pid
 

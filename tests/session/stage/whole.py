@@ -66,7 +66,7 @@ class Stage:
         self.logs.mkdir()
         self.services = Services(self.logs, self.home.environment())
         self._closing.callback(self.services.stop)
-        self.display = Display(self.services)
+        self.display = Display(self.services, self.folder)
         self.bus = Bus(self.services, self.folder / "bus", self.display.environment)
         self._closing.callback(self.bus.close)
         self.system = System(self.folder / "system")
@@ -95,9 +95,9 @@ class Stage:
             own["QTWEBENGINE_DISABLE_SANDBOX"] = "1"  # its sandbox refuses to work for root
         return own
 
-    def start_launcher(self) -> Launcher:
+    def start_launcher(self, *words: str) -> Launcher:
         launcher = Launcher(self.environment(), self.display, self.bus, self.logs,
-                            len(self._launchers) + 1)
+                            len(self._launchers) + 1, words)
         self._launchers.append(launcher)
         return launcher
 

@@ -99,7 +99,10 @@ def mist(pic, y, spread, alpha, seed, count, tint=MIST, xr=(40, 960)):
 
 
 def bank_of_mist(pic, cx, cy, rx, ry, alpha, tint=MIST):
-    pic.glow(cx, cy, rx, ry, *fade(tint, (0, alpha), (.4, alpha * .6), (.75, alpha * .16), (1, 0)))
+    """Wider than the window, so it is cut off below the rim."""
+    x1, x2 = max(34, cx - rx), min(966, cx + rx)
+    pic.path(f"M{num(x1)} {num(cy - ry)}H{num(x2)}V{num(cy + ry)}H{num(x1)}Z",
+             pic.radial(cx, cy, rx, ry, *fade(tint, (0, alpha), (.4, alpha * .6), (.75, alpha * .16), (1, 0))))
 
 
 def hills(pic):
