@@ -194,7 +194,7 @@ class FingerprintLogin(unittest.TestCase):
     def test_can_be_used_while_the_daemon_hangs(self) -> None:
         with self.remembering_launcher(), self.stage.system.frozen_daemon():
             self.finger_is_asked_for()
-            self.player.sees("label", HINT)
+            self.player.sees("notification", HINT)
             self.player.presses("Escape")
             self.empty_login_is_refused()
             self.logs_in_without_an_offer()

@@ -11,7 +11,7 @@ from harness import isolation, settings
 from . import children
 from .accessibility import SHOWING, Bus, Element
 from .display import Area, Display
-from .waiting import NotSeen, until
+from .waiting import until
 
 
 class Launcher:
@@ -49,13 +49,7 @@ class Launcher:
         windows, which the window manager moves; but it knows where in its window a thing is, and
         which one that is tells the size.
         """
-        inside, window = element.area(), (element.window or element).area()
-        for candidate in self.windows():
-            place = self._display.place(candidate)
-            if (place.width, place.height) == (window.width, window.height):
-                return inside._replace(x=place.x + inside.x - window.x,
-                                       y=place.y + inside.y - window.y)
-        raise NotSeen(f"the window of {element.name()} on the screen")
+        return until(f"the window of {element.name()} on the screen", lambda: self._area(element))
 
     def is_in_front(self) -> bool:
         windows = self.windows()
@@ -72,6 +66,15 @@ class Launcher:
 
     def errors(self) -> str:
         return self.errors_file.read_text(errors="replace")
+
+    def _area(self, element: Element) -> Optional[Area]:
+        inside, window = element.area(), (element.window or element).area()
+        for candidate in self.windows():
+            place = self._display.place(candidate)
+            if (place.width, place.height) == (window.width, window.height):
+                return inside._replace(x=place.x + inside.x - window.x,
+                                       y=place.y + inside.y - window.y)
+        return None
 
     def _code(self) -> Optional[tuple[int]]:
         code = self.process.poll()
