@@ -23,9 +23,10 @@ QAccessibleInterface &described(QObject &object)
 // Roles and names, depth first.
 QStringList described(QAccessibleInterface &part)
 {
-    QStringList result{QStringLiteral("%1 \"%2\"").arg(
-        QLatin1String(QMetaEnum::fromType<QAccessible::Role>().valueToKey(part.role())),
-        part.text(QAccessible::Name))};
+    QStringList result{
+        QStringLiteral("%1 \"%2\"")
+            .arg(QLatin1String(QMetaEnum::fromType<QAccessible::Role>().valueToKey(part.role())),
+                 part.text(QAccessible::Name))};
     for (int i = 0; i < part.childCount(); ++i)
         result += described(*part.child(i));
     return result;
@@ -80,24 +81,23 @@ void TestAccessibility::namesEverythingInTheStrip()
     const std::unique_ptr<QWidget> strip(InterfaceLoader().load(QStringLiteral("CustomTouchBar")));
     QVERIFY(strip);
     QCOMPARE(described(described(*strip)),
-             (QStringList{
-                 QStringLiteral("Pane \"\""), QStringLiteral("Button \"Play\""),
-                 QStringLiteral("Button \"Log in with your fingerprint\""),
-                 QStringLiteral("Button \"Release notes\""),
-                 QStringLiteral("Button \"Manage account\""),
-                 QString::fromUtf8("Button \"Player’s guide\""),
-                 QStringLiteral("Button \"Community forum\"")}));
+             (QStringList{QStringLiteral("Pane \"\""), QStringLiteral("Button \"Play\""),
+                          QStringLiteral("Button \"Log in with your fingerprint\""),
+                          QStringLiteral("Button \"Release notes\""),
+                          QStringLiteral("Button \"Manage account\""),
+                          QString::fromUtf8("Button \"Player’s guide\""),
+                          QStringLiteral("Button \"Community forum\"")}));
 }
 
 void TestAccessibility::namesEverythingInTheFingerprintPanel()
 {
     FingerprintPanel panel(QStringLiteral("Log in"), nullptr);
     panel.show();
-    QCOMPARE(described(described(panel)),
-             (QStringList{QStringLiteral("Dialog \"Log in\""),
-                          QStringLiteral("StaticText \"Log in\""),
-                          QStringLiteral("Notification \"Put your finger on the reader.\""),
-                          QStringLiteral("Button \"Cancel\"")}));
+    QCOMPARE(
+        described(described(panel)),
+        (QStringList{QStringLiteral("Dialog \"Log in\""), QStringLiteral("StaticText \"Log in\""),
+                     QStringLiteral("Notification \"Put your finger on the reader.\""),
+                     QStringLiteral("Button \"Cancel\"")}));
 }
 
 void TestAccessibility::namesAHintInItsPlace()
