@@ -5,8 +5,8 @@
 
 #include <QSocketNotifier>
 
-// Takes a target for reachable while routes lead out of the machine. Main thread only; the calls end
-// with the object.
+// Takes a target for reachable while routes lead out of the machine. Main thread only; the calls
+// end with the object.
 class RouteReachability final : public ReachabilitySource
 {
 public:

@@ -12,13 +12,13 @@
 
 namespace {
 
-// A name server of the internet's root: no network of the machine's own leads there, only a route to
-// the internet as a whole. Nothing is sent to it.
+// A name server of the internet's root: no network of the machine's own leads there, only a route
+// to the internet as a whole. Nothing is sent to it.
 constexpr std::array<unsigned char, 4> FarAway4{198, 41, 0, 4};
 constexpr std::array<unsigned char, 16> FarAway6{0x20, 0x01, 0x05, 0x03, 0xba, 0x3e, 0, 0,
                                                  0,    0,    0,    0,    0,    2,    0, 0x30};
-constexpr unsigned Groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV4_ROUTE |
-                            RTMGRP_IPV6_IFADDR | RTMGRP_IPV6_ROUTE;
+constexpr unsigned Groups =
+    RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_IFADDR | RTMGRP_IPV6_ROUTE;
 
 using Buffer = std::array<char, 16384>;
 
@@ -50,7 +50,7 @@ private:
 };
 
 // Asks for the route that the kernel would take to an address, as it stands in the routing table.
-template <std::size_t Size>
+template<std::size_t Size>
 struct RouteQuestion
 {
     RouteQuestion(unsigned char family, const std::array<unsigned char, Size> &address)
@@ -88,9 +88,8 @@ std::optional<bool> read(const NetlinkSocket &socket)
     return route->rtm_type == RTN_UNICAST && !(route->rtm_flags & (RTNH_F_DEAD | RTNH_F_LINKDOWN));
 }
 
-template <std::size_t Size>
-std::optional<bool> hasRouteTo(unsigned char family,
-                               const std::array<unsigned char, Size> &address)
+template<std::size_t Size>
+std::optional<bool> hasRouteTo(unsigned char family, const std::array<unsigned char, Size> &address)
 {
     const NetlinkSocket socket(0);
     const RouteQuestion<Size> question(family, address);

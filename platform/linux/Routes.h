@@ -13,8 +13,8 @@ public:
     // protocol, over a link that is up. Nothing when the kernel does not say.
     [[nodiscard]] virtual std::optional<bool> leadOut() = 0;
 
-    // A descriptor that becomes readable when routes, links or addresses change; -1 when that cannot
-    // be had. It belongs to this object.
+    // A descriptor that becomes readable when routes, links or addresses change; -1 when that
+    // cannot be had. It belongs to this object.
     [[nodiscard]] virtual int changes() const = 0;
     // Reads what has come: changes() is readable again after the next change only.
     virtual void forgetChanges() = 0;

@@ -83,14 +83,16 @@ ControllerWorld::~ControllerWorld()
     server.release(1000);
     const std::weak_ptr<ViewController> rest = controller;
     DispatchQueue::drain(MillisecondsToEnd); // a check still under way would make a new engine
+    const std::weak_ptr<VARNOPatcher> engine = controller->patcher();
     controller->viewWillDisappear();
     controller.reset();
     alerts.sheets.clear();
     biometrics.replies.clear();
     timer.clear();
     // What is in the main queue and on the network still holds it.
-    if (!QTest::qWaitFor([&rest] { return rest.expired(); }, MillisecondsToEnd))
-        qFatal("something holds the controller for ever");
+    const auto isOver = [&] { return rest.expired() && engine.expired(); };
+    if (!QTest::qWaitFor(isOver, MillisecondsToEnd))
+        qFatal("something holds the controller or its engine for ever");
 }
 
 void ControllerWorld::start()
