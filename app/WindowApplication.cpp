@@ -13,6 +13,7 @@
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherMenu.h"
 #include "ui/LauncherView.h"
+#include "ui/NewsPage.h"
 #include "ui/Typography.h"
 
 #include <QApplication>
@@ -61,7 +62,7 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
     m_alertPresenter.setWindow(&m_window);
     m_fingerprintPrompt.setWindow(&m_window);
     m_view.setServices({m_configuration, *m_httpClient, *m_workspace, m_alertPresenter,
-                        LocalAuthenticationHandler::shared(), terminate});
+                        LocalAuthenticationHandler::shared(), terminate, makeNewsPage});
     m_view.awakeFromNib();
     m_controller = std::make_shared<ViewController>(
         m_view, ControllerServices{m_configuration, *m_httpClient, m_userDefaults, *m_workspace,
@@ -112,8 +113,10 @@ void WindowApplication::copyDiagnostics()
 
 void WindowApplication::start()
 {
-    m_controller->viewDidLoad();
+    // First, for the desktop has work of its own to do with a window. It is painted later.
+    m_window.center();
     m_window.show();
+    m_controller->viewDidLoad();
     // After what the view has queued for itself, which takes the keyboard from the fields.
     DispatchQueue::main()->async([controller = m_controller] { controller->viewDidAppear(); });
 }

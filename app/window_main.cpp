@@ -9,37 +9,25 @@
 
 #include <QApplication>
 #include <QIcon>
-#include <QOffscreenSurface>
-#include <QOpenGLContext>
-
-#include <unistd.h>
 
 #include <cstdio>
 
 namespace {
 
-// Whether windows can have parts that are drawn through OpenGL. Remote and virtual displays often
-// cannot.
-bool hasGraphicsInterface()
+// From pictures of the sizes that desktops ask for: drawing them would hold up the window.
+QIcon windowIcon()
 {
-    QOffscreenSurface surface;
-    surface.create();
-    QOpenGLContext context;
-    return context.create() && context.makeCurrent(&surface);
-}
-
-// The web engine's sandbox does not work for root, and without it the engine ends the process.
-bool isRootWithSandbox()
-{
-    return geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX");
+    QIcon icon;
+    for (const int size : {16, 32, 48, 64, 128})
+        icon.addFile(QStringLiteral(":/artwork/icons/quellmoor-%1.png").arg(size));
+    return icon;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // the web engine asks for it
-    QApplication application(argc, argv);                       // takes its own words out of argv
+    QApplication application(argc, argv); // takes its own words out of argv
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {
         std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
@@ -49,9 +37,7 @@ int main(int argc, char **argv)
     Application::name();
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
     const Translations translations(QLocale::system().uiLanguages());
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/artwork/icon.svg")));
-    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets,
-                                   isRootWithSandbox() || !hasGraphicsInterface());
+    QApplication::setWindowIcon(windowIcon());
 
     const Configuration configuration = Configuration::compiledIn();
     SingleInstance instance(configuration.dataFolder);

@@ -66,6 +66,8 @@ void LauncherView::awakeFromNib()
     m_statusLabel->setWraps(true);
     m_statusLabel->setScrollable(false);
     m_statusLabel->setDelegate(this);
+    if (m_services->newsPageFactory)
+        m_newsView->setPageFactory(m_services->newsPageFactory);
     m_newsView->setExtraCertificateFile(m_services->configuration.extraCertificateFile);
     downloadNews();
 }

@@ -31,6 +31,8 @@ struct LauncherViewServices
     LocalAuthenticationHandler &localAuthentication;
     // Asks the application to end. From any thread; may be called more than once.
     std::function<void()> terminate;
+    // Makes what shows the news; empty leaves that to the news view.
+    NewsView::PageFactory newsPageFactory = {};
 };
 
 // The one content view of the launcher window: window buttons, version labels, the status line, the

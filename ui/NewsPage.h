@@ -21,15 +21,8 @@ public:
 std::unique_ptr<NewsPage> makeTextNewsPage(QWidget *parent, const QString &extraCertificateFile,
                                            NewsView::Policy policy);
 
-// Whether a page on Qt WebEngine can be shown at all: not without OpenGL, and not in an application
-// that keeps to raster widgets (Qt::AA_ForceRasterWidgets).
-[[nodiscard]] bool canShowWebNewsPage();
-
-// Makes the window of that widget, which must not be shown yet, fit for the page on Qt WebEngine.
-// Otherwise the desktop would have to make the window anew, in front of the player, once there is
-// such a page in it. Only where such a page can be shown.
-void prepareForWebNewsPage(QWidget *widget);
-
-// On Qt WebEngine, in processes of its own; only in builds with it.
-std::unique_ptr<NewsPage> makeWebNewsPage(QWidget *parent, const QString &extraCertificateFile,
-                                          NewsView::Policy policy);
+// What the launcher shows: a page on Qt WebEngine, in processes of its own, or a text page where
+// there is no such engine: in builds without it, for root, whom its sandbox does not serve, and
+// when it cannot be loaded, which the log then tells. Loading it takes a while.
+std::unique_ptr<NewsPage> makeNewsPage(QWidget *parent, const QString &extraCertificateFile,
+                                       NewsView::Policy policy);

@@ -24,12 +24,6 @@ private:
 
 NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(makeTextNewsPage)
 {
-#ifdef QUELLMOOR_WITH_WEBENGINE
-    if (canShowWebNewsPage()) {
-        m_pageFactory = makeWebNewsPage;
-        prepareForWebNewsPage(this);
-    }
-#endif
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);
 }
@@ -86,6 +80,7 @@ void NewsView::makePage()
     m_page = m_pageFactory(this, m_extraCertificateFile,
                            [this](const QUrl &url) { return decide(url); });
     m_page->setDrawsBackground(m_drawsBackground);
+    m_page->widget()->setAccessibleName(tr("News"));
     m_page->widget()->setGeometry(rect());
     m_page->widget()->show();
     if (m_url.isValid())

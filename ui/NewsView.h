@@ -54,7 +54,7 @@ public:
     void setPolicyDelegate(WebPolicyDelegate *delegate) { m_policyDelegate = delegate; }
     // Certificates trusted besides the system's; before the first frame.
     void setExtraCertificateFile(const QString &path) { m_extraCertificateFile = path; }
-    // What makes the renderer; before the first frame.
+    // What makes the renderer, by default a text page; before the first frame.
     void setPageFactory(PageFactory factory) { m_pageFactory = std::move(factory); }
 
     [[nodiscard]] bool drawsBackground() const { return m_drawsBackground; }

@@ -1,12 +1,16 @@
 #include "ui/Picture.h"
 
+#include "ui/PictureFile.h"
+
 #include <QFile>
 #include <QHash>
 #include <QPainter>
 #include <QPixmap>
+#include <QResource>
 #include <QSvgRenderer>
 
 #include <deque>
+#include <optional>
 
 namespace {
 
@@ -15,24 +19,49 @@ constexpr size_t KeptRenderings = 2;
 
 QString pathOf(const QString &name) { return QStringLiteral(":/artwork/%1.svg").arg(name); }
 
+// What was rendered for a screen of that scale while the program was built, if it was.
+std::optional<PictureFile> rendered(const QString &name, int percent)
+{
+    const QResource resource(QStringLiteral(":/rendered/") + PictureFile::name(name, percent));
+    PictureFile file;
+    if (!resource.isValid() || !file.decode(resource.uncompressedData()))
+        return std::nullopt;
+    return file;
+}
+
 } // namespace
 
 struct Picture::Drawing
 {
-    explicit Drawing(const QString &pictureName) : name(pictureName), renderer(pathOf(pictureName))
-    {
-    }
+    explicit Drawing(const QString &pictureName) : name(pictureName) {}
 
     const QPixmap &rendering(QSize pixels)
     {
         for (const QPixmap &pixmap : renderings)
             if (pixmap.size() == pixels)
                 return pixmap;
+        for (const int percent : {100, 200}) {
+            const auto file = rendered(name, percent);
+            if (file && file->image.size() == pixels)
+                return keep(QPixmap::fromImage(file->image));
+        }
         QPixmap pixmap(pixels);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        renderer.render(&painter, QRectF(QPointF(), pixels));
+        vectors().render(&painter, QRectF(QPointF(), pixels));
         painter.end();
+        return keep(pixmap);
+    }
+
+    QSvgRenderer &vectors()
+    {
+        if (!renderer)
+            renderer.emplace(pathOf(name));
+        return *renderer;
+    }
+
+    const QPixmap &keep(const QPixmap &pixmap)
+    {
         renderings.push_front(pixmap);
         if (renderings.size() > KeptRenderings)
             renderings.pop_back();
@@ -40,7 +69,7 @@ struct Picture::Drawing
     }
 
     const QString name;
-    QSvgRenderer renderer;
+    std::optional<QSvgRenderer> renderer; // only when something has to be drawn
     std::deque<QPixmap> renderings;
 };
 
@@ -67,4 +96,4 @@ void Picture::paint(QPainter &painter, const QRectF &rect) const
 
 QString Picture::name() const { return m_drawing ? m_drawing->name : QString(); }
 
-QSize Picture::size() const { return m_drawing ? m_drawing->renderer.defaultSize() : QSize(); }
+QSize Picture::size() const { return m_drawing ? m_drawing->vectors().defaultSize() : QSize(); }

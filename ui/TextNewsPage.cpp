@@ -32,7 +32,6 @@ public:
         setFont(Typography::text(15));
         document()->setDefaultStyleSheet(pageStyle());
         document()->setDocumentMargin(16);
-        setAccessibleName(NewsView::tr("News"));
     }
 
     QVariant loadResource(int, const QUrl &) override { return {}; }

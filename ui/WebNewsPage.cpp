@@ -1,13 +1,11 @@
-#include "ui/NewsPage.h"
+#include "ui/WebNewsPage.h"
 
-#include "app/ErrorHandler.h"
 #include "ui/Typography.h"
 
-#include <QCoreApplication>
 #include <QFontInfo>
 #include <QLocale>
-#include <QOpenGLContext>
-#include <QOpenGLWidget>
+#include <QLoggingCategory>
+#include <QQuickWindow>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslError>
@@ -121,7 +119,8 @@ private:
 class WebNewsPage final : public NewsPage
 {
 public:
-    WebNewsPage(QWidget *parent, const QString &extraCertificateFile, NewsView::Policy policy)
+    WebNewsPage(QWidget *parent, const QString &extraCertificateFile, NewsView::Policy policy,
+                const WebNewsPageMaker::Log &log)
         : m_view(new QWebEngineView(parent)),
           m_page(std::make_unique<Page>(&m_profile, extraCertificateFile, std::move(policy)))
     {
@@ -132,12 +131,10 @@ public:
         m_view->setPage(m_page.get());
         m_view->setContextMenuPolicy(Qt::NoContextMenu);
         m_view->setAcceptDrops(false);
-        m_view->setAccessibleName(NewsView::tr("News"));
         QObject::connect(
             m_page.get(), &QWebEnginePage::renderProcessTerminated, m_view,
-            [this](QWebEnginePage::RenderProcessTerminationStatus, int code) {
-                ErrorHandler::log(
-                    QStringLiteral("The news page's process ended with %1.").arg(code));
+            [this, log](QWebEnginePage::RenderProcessTerminationStatus, int code) {
+                log(QStringLiteral("The news page's process ended with %1.").arg(code));
                 m_view->hide();
             });
     }
@@ -164,28 +161,29 @@ private:
     std::unique_ptr<Page> m_page;    // goes before its profile
 };
 
+class Maker final : public QObject, public WebNewsPageMaker
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID WebNewsPageMaker_iid)
+    Q_INTERFACES(WebNewsPageMaker)
+
+public:
+    Maker()
+    {
+        // Pages are drawn without OpenGL, as the rest of the window is. With it the desktop would
+        // have to make the window anew when the page joins it, in front of the player.
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        // A page of text about the graphics card at every start.
+        QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.info=false"));
+    }
+
+    std::unique_ptr<NewsPage> make(QWidget *parent, const QString &extraCertificateFile,
+                                   NewsView::Policy policy, const Log &log) override
+    {
+        return std::make_unique<WebNewsPage>(parent, extraCertificateFile, std::move(policy), log);
+    }
+};
+
 } // namespace
 
-bool canShowWebNewsPage()
-{
-    static const bool hasGraphicsInterface = [] {
-        QOpenGLContext context;
-        return context.create();
-    }();
-    return !QCoreApplication::testAttribute(Qt::AA_ForceRasterWidgets) && hasGraphicsInterface;
-}
-
-void prepareForWebNewsPage(QWidget *widget)
-{
-    // A window is made for the graphics interface that its children need at that time; this child
-    // needs what the page will need, and is never shown.
-    auto *child = new QOpenGLWidget(widget);
-    child->setFixedSize(0, 0);
-    child->hide();
-}
-
-std::unique_ptr<NewsPage> makeWebNewsPage(QWidget *parent, const QString &extraCertificateFile,
-                                          NewsView::Policy policy)
-{
-    return std::make_unique<WebNewsPage>(parent, extraCertificateFile, std::move(policy));
-}
+#include "WebNewsPage.moc"

@@ -60,8 +60,6 @@ ControllerWorld::ControllerWorld()
           std::make_unique<LocalAuthenticationHandler>(biometrics, *userDefaults, alerts)),
       window(WindowFrame)
 {
-    // The window would be made ready for a web page, which wants a graphics card.
-    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
     biometrics.evaluability.isPossible = false;
     view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
     // The news have tests of their own; here only their requests would be in the way.

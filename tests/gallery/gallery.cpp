@@ -12,6 +12,7 @@
 #include "ui/FingerprintPrompt.h"
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherView.h"
+#include "ui/NewsPage.h"
 #include "ui/VARNOProgressView.h"
 
 #include <QApplication>
@@ -40,7 +41,8 @@ struct Scene
         view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
         window.setContentView(view);
         alerts.setWindow(&window);
-        view->setServices({configuration, *httpClient, workspace, alerts, stored, [] {}});
+        view->setServices(
+            {configuration, *httpClient, workspace, alerts, stored, [] {}, makeNewsPage});
         view->awakeFromNib();
         view->prepareForLogin();
         view->setServerVersion(QStringLiteral("7.3.0"));
@@ -213,8 +215,8 @@ bool save(const std::string &name, const Arrange &arrange, const QDir &folder, b
 
 int main(int argc, char **argv)
 {
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication application(argc, argv);
+    QApplication::addLibraryPath(QStringLiteral(QUELLMOOR_PLUGIN_FOLDER));
     QApplication::setApplicationVersion(QStringLiteral("1.0.0"));
     QStringList wanted = QApplication::arguments().mid(1);
     if (wanted.isEmpty()) {

@@ -30,6 +30,11 @@ class TestWebNewsPage : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase()
+    {
+        QCoreApplication::addLibraryPath(QStringLiteral(QUELLMOOR_PLUGIN_FOLDER));
+    }
+
     void showsWhatTheHostSends();
     void trustsOnlyWhomItShould_data();
     void trustsOnlyWhomItShould();
@@ -52,7 +57,7 @@ private:
     {
         explicit World(TestServer &pages,
                        const QString &authorityFile = Certificates::shared().authorityFile())
-            : server(pages), page(makeWebNewsPage(&window, authorityFile, [this](const QUrl &url) {
+            : server(pages), page(makeNewsPage(&window, authorityFile, [this](const QUrl &url) {
                   asked += url;
                   return allowsAll || url == server.url("/launcher/");
               }))

@@ -1,0 +1,57 @@
+#include "ui/NewsPage.h"
+
+#include "app/ErrorHandler.h"
+#include "ui/WebNewsPage.h"
+
+#include <QCoreApplication>
+#include <QOpenGLContext>
+#include <QPluginLoader>
+
+#include <unistd.h>
+
+#ifdef QUELLMOOR_WITH_WEBENGINE
+QT_BEGIN_NAMESPACE
+// Of Qt, and used by its web engine.
+Q_GUI_EXPORT void qt_gl_set_global_share_context(QOpenGLContext *context);
+QT_END_NAMESPACE
+
+namespace {
+
+// The web engine's sandbox does not work for root, and without it the engine ends the process.
+bool isRootWithSandbox()
+{
+    return geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX");
+}
+
+// The web engine asks this context for its format, even when it draws without OpenGL. One that was
+// never created has a format and costs nothing, where Qt would load a graphics driver for one.
+void setShareContext()
+{
+    if (!QOpenGLContext::globalShareContext())
+        qt_gl_set_global_share_context(new QOpenGLContext(QCoreApplication::instance()));
+}
+
+WebNewsPageMaker *webNewsPageMaker()
+{
+    setShareContext();
+    // Beside the program, or where Qt has its plugins.
+    QPluginLoader loader(QStringLiteral("quellmoor-web-news"));
+    auto *maker = qobject_cast<WebNewsPageMaker *>(loader.instance());
+    if (!maker)
+        ErrorHandler::log(QStringLiteral("The news are shown as text: %1").arg(loader.errorString()));
+    return maker;
+}
+
+} // namespace
+#endif
+
+std::unique_ptr<NewsPage> makeNewsPage(QWidget *parent, const QString &extraCertificateFile,
+                                       NewsView::Policy policy)
+{
+#ifdef QUELLMOOR_WITH_WEBENGINE
+    if (auto *maker = isRootWithSandbox() ? nullptr : webNewsPageMaker())
+        return maker->make(parent, extraCertificateFile, std::move(policy),
+                           [](const QString &line) { ErrorHandler::log(line); });
+#endif
+    return makeTextNewsPage(parent, extraCertificateFile, std::move(policy));
+}
