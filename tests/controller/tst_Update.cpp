@@ -1,5 +1,6 @@
 // From the login to the whole game folder: progress, rounds, the end of a run.
 #include "ControllerWorld.h"
+#include "Heartbeat.h"
 #include "TestMain.h"
 #include "patcher/VARNOPatcher.h"
 #include "platform/DispatchQueue.h"
@@ -8,6 +9,10 @@
 #include <QFile>
 #include <QJsonObject>
 #include <QTest>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
 
 class TestUpdate : public QObject
 {
@@ -22,6 +27,7 @@ private slots:
     void ignoresAnUnknownSizeForTheBar();
     void tellsTheWritingAndEmptiesTheBar();
     void tellsBothFromAnyThread();
+    void staysResponsiveUnderThousandsOfReports();
     void startsTheCurrentEngine();
     void replacesTheEngineAtEachCheck();
     void bringsTheGameFolderUpToDateAndLaunches();
@@ -98,6 +104,36 @@ void TestUpdate::tellsBothFromAnyThread()
     });
     QTRY_COMPARE(m_world->status(), QStringLiteral("Writing file 1 of 1\na"));
     QTRY_COMPARE(m_world->view->patcherProgressBar()->value(), 0.0);
+}
+
+// 5,000 reports a second for three seconds, as a fast network sends them, to a window that shows.
+void TestUpdate::staysResponsiveUnderThousandsOfReports()
+{
+    constexpr int reports = 15000;
+    constexpr std::chrono::microseconds pause(200);
+    constexpr int longestFrame = 50;
+    m_world->view->hideLoginForm(true);
+    QVERIFY(QTest::qWaitForWindowExposed(&m_world->window));
+    std::atomic<bool> isDone = false;
+    std::thread engine([&, controller = m_world->controller] {
+        const auto start = std::chrono::steady_clock::now();
+        for (int i = 1; i <= reports; ++i) {
+            std::this_thread::sleep_until(start + i * pause);
+            controller->patcherUpdateWithMegaByteCount(i / 10.0, reports / 10.0, 12.5, 3,
+                                                       QStringLiteral("archive.bin"), 12);
+        }
+        isDone = true;
+    });
+    Heartbeat heart;
+    QTRY_COMPARE_WITH_TIMEOUT(
+        m_world->status(),
+        QStringLiteral("Updating file 3 of 12...\narchive.bin\n[1500.0/1500.0MB @ 12.5MB/s]"),
+        60000);
+    engine.join();
+    QVERIFY(isDone);
+    QTRY_COMPARE(m_world->view->patcherProgressBar()->value(), 1.0);
+    const qint64 longest = heart.longestTurn();
+    QVERIFY2(longest <= longestFrame, qPrintable(QString::number(longest)));
 }
 
 void TestUpdate::startsTheCurrentEngine()
