@@ -88,7 +88,9 @@ std::shared_ptr<Downloadable> VARNOPatcher::takeNextFile()
         return nullptr;
     m_currentDownloadable = std::move(m_patchQueue.front());
     m_patchQueue.pop_front();
-    m_waitingUrls.remove(m_currentDownloadable->downloadURL());
+    const QUrl url = m_currentDownloadable->downloadURL();
+    m_waitingUrls.remove(url);
+    m_currentFilename = url.fileName(QUrl::FullyDecoded).remove(QStringLiteral(".bz2"));
     return m_currentDownloadable;
 }
 
@@ -102,7 +104,7 @@ void VARNOPatcher::reportEndOfQueue()
     const bool isNews = !isFinished || !std::exchange(m_hasFinished, true);
     const qint64 writeCount = m_writeCount;
     const qint64 totalFiles = m_totalFiles;
-    const QString filename = currentFilenameLocked();
+    const QString filename = m_currentFilename;
     lock.unlock();
 
     if (!delegate || !isNews)
@@ -170,7 +172,7 @@ void VARNOPatcher::connectionDidReceiveData(const QByteArray &data)
     const double expected = double(m_expectedDataSize);
     const qint64 currentFile = m_currentFile;
     const qint64 totalFiles = m_totalFiles;
-    const QString filename = currentFilenameLocked();
+    const QString filename = m_currentFilename;
     lock.unlock();
 
     if (delegate)
@@ -193,15 +195,6 @@ void VARNOPatcher::logError(const Error &error, const char *function, int line) 
     std::printf("VARNOPatcher %s %d: %s\n", function, line,
                 error.localizedDescription.toUtf8().constData());
     std::fflush(stdout);
-}
-
-QString VARNOPatcher::currentFilenameLocked() const
-{
-    if (!m_currentDownloadable)
-        return {};
-    return m_currentDownloadable->downloadURL()
-        .fileName(QUrl::FullyDecoded)
-        .remove(QStringLiteral(".bz2"));
 }
 
 void VARNOPatcher::setLogs(const QString &logs)
@@ -273,5 +266,5 @@ bool VARNOPatcher::isRunOver() const
 QString VARNOPatcher::currentFilename() const
 {
     const std::lock_guard lock(m_mutex);
-    return currentFilenameLocked();
+    return m_currentFilename;
 }

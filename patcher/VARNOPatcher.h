@@ -91,7 +91,6 @@ private:
                          const std::optional<QString> &logText);
     void logError(const Error &error, const char *function, int line) const;
     [[nodiscard]] std::shared_ptr<DispatchQueue> serialQueueForFile(const VARNOPatchFile &file);
-    [[nodiscard]] QString currentFilenameLocked() const;
     [[nodiscard]] bool isTooMuchWaiting() const;
 
     HttpClient &m_httpClient;
@@ -115,6 +114,7 @@ private:
     qint64 m_expectedDataSize = 0;
     qint64 m_writeCount = 0;
     std::shared_ptr<Downloadable> m_currentDownloadable;
+    QString m_currentFilename; // kept, since each piece is reported with it
     qint64 m_failedCount = 0;
     bool m_hasFinished = false; // patcherDidFinish was sent for what is enqueued
     qint64 m_waitingBytes = 0;
