@@ -74,8 +74,9 @@ FileCheck::Result UpdateCommand::check()
         m_patcher = patcher;
     }
     const auto showCount = [this](qint64 checked, qint64 total) {
-        showProgress(QStringLiteral("Checked %1 of %2 files").arg(checked).arg(total),
-                     checked == total);
+        const bool isLast = checked == total;
+        if (isTimeToShow(isLast))
+            showProgress(QStringLiteral("Checked %1 of %2 files").arg(checked).arg(total), isLast);
     };
     constexpr bool disablePatching = true;
     return FileCheck(m_configuration, m_userDefaults)
@@ -109,21 +110,26 @@ void UpdateCommand::patcherUpdateWithMegaByteCount(double megaByteCount, double 
                                                    const QString &filename, qint64 totalFiles)
 {
     const std::lock_guard lock(m_mutex);
-    const QString name = SystemLog::onOneLine(filename); // it comes from outside
     const bool isNewFile = std::exchange(m_lastFile, currentFile) != currentFile;
     if (isNewFile)
         m_megaBytes += m_megaBytesOfFile;
     m_megaBytesOfFile = megaByteCount;
-    const QString head =
-        QStringLiteral("Updating file %1 of %2: %3").arg(currentFile).arg(totalFiles).arg(name);
-    if (isTerminal())
+    constexpr bool isLast = false;
+    const bool isShown = isTimeToShow(isLast);
+    if (!isShown && (isTerminal() || !isNewFile))
+        return;
+    const QString head = QStringLiteral("Updating file %1 of %2: %3")
+                             .arg(currentFile)
+                             .arg(totalFiles)
+                             .arg(SystemLog::onOneLine(filename)); // it comes from outside
+    if (isShown)
         showProgress(QStringLiteral("%1 [%2/%3 MB @ %4 MB/s]")
                          .arg(head)
                          .arg(megaByteCount, 0, 'f', 1)
                          .arg(qMax(expectedSize, 0.0), 0, 'f', 1)
                          .arg(speed, 0, 'f', 1),
-                     false);
-    else if (isNewFile)
+                     isLast);
+    else
         tell(head + QLatin1Char('\n'));
 }
 
@@ -131,11 +137,13 @@ void UpdateCommand::patcherWriteUpdateWithCurrentFile(qint64 currentFile, qint64
                                                       const QString &filename)
 {
     const std::lock_guard lock(m_mutex);
-    showProgress(QStringLiteral("Writing file %1 of %2: %3")
-                     .arg(currentFile)
-                     .arg(totalFiles)
-                     .arg(SystemLog::onOneLine(filename)),
-                 currentFile == totalFiles);
+    const bool isLast = currentFile == totalFiles;
+    if (isTimeToShow(isLast))
+        showProgress(QStringLiteral("Writing file %1 of %2: %3")
+                         .arg(currentFile)
+                         .arg(totalFiles)
+                         .arg(SystemLog::onOneLine(filename)),
+                     isLast);
     if (!m_patcher->isRunOver())
         return;
     if (!std::exchange(m_isRunOver, true))
@@ -146,14 +154,20 @@ void UpdateCommand::patcherWriteUpdateWithCurrentFile(qint64 currentFile, qint64
 // The report of the last write follows and ends the run.
 void UpdateCommand::patcherDidFinish() {}
 
-void UpdateCommand::showProgress(const QString &line, bool isLast)
+// Asked before a line is put together: pieces and files come much faster than lines.
+bool UpdateCommand::isTimeToShow(bool isLast)
 {
     if (!isTerminal())
-        return;
+        return false;
     const qint64 now = m_clock.elapsed();
     if (!isLast && now - m_lastShown < MillisecondsBetweenLines)
-        return;
+        return false;
     m_lastShown = now;
+    return true;
+}
+
+void UpdateCommand::showProgress(const QString &line, bool isLast)
+{
     tell(QStringLiteral("\r\x1b[K") + line + (isLast ? QStringLiteral("\n") : QString()));
 }
 

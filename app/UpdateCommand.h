@@ -47,7 +47,8 @@ private:
     FileCheck::Result updateUntilValid(FileCheck::Result result);
     void runEngine();
     void tellSummary(const FileCheck::Result &result) const;
-    void showProgress(const QString &line, bool isLast);
+    [[nodiscard]] bool isTimeToShow(bool isLast);
+    static void showProgress(const QString &line, bool isLast);
 
     const CommandLine m_commandLine;
     const Configuration &m_configuration;
