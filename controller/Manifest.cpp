@@ -1,6 +1,7 @@
 #include "controller/Manifest.h"
 
 #include "platform/HttpClient.h"
+#include "platform/HttpUrl.h"
 #include "platform/Limits.h"
 
 #include <QJsonDocument>
@@ -16,7 +17,7 @@ constexpr int FirstFailureStatus = 400;
 Fetched fetch(HttpClient &httpClient, const QString &url)
 {
     const HttpClient::Contents contents =
-        httpClient.dataWithContentsOfURL(QUrl(url, QUrl::StrictMode), Limits::Manifest);
+        httpClient.dataWithContentsOfURL(HttpUrl::fromText(url), Limits::Manifest);
     if (!contents.data)
         return {Fetched::Outcome::NoData, {}, contents.error};
     if (contents.status >= FirstFailureStatus)

@@ -2,6 +2,7 @@
 
 #include "account/VARNOPostHelper.h"
 #include "model/GameFolder.h"
+#include "platform/HttpUrl.h"
 
 #include <QFile>
 
@@ -24,8 +25,8 @@ bool isPlain(QStringView text)
 
 TrustedFiles::TrustedFiles(QString gameFilesUrl, GameFolder &gameFolder, ValidationCache &cache)
     : m_gameFilesUrl(std::move(gameFilesUrl)),
-      m_urlPath(QUrl(VARNOPostHelper::urlEncode(m_gameFilesUrl), QUrl::StrictMode)
-                    .path(QUrl::FullyDecoded)),
+      m_urlPath(
+          HttpUrl::fromText(VARNOPostHelper::urlEncode(m_gameFilesUrl)).path(QUrl::FullyDecoded)),
       m_gameFolder(gameFolder),
       m_cache(cache)
 {
@@ -33,8 +34,7 @@ TrustedFiles::TrustedFiles(QString gameFilesUrl, GameFolder &gameFolder, Validat
 
 QUrl TrustedFiles::downloadUrl(const QString &gameFilesUrl, const QString &key)
 {
-    const QString text = VARNOPostHelper::urlEncode(gameFilesUrl + key + Suffix);
-    return QUrl(text, QUrl::StrictMode);
+    return HttpUrl::fromText(VARNOPostHelper::urlEncode(gameFilesUrl + key + Suffix));
 }
 
 bool TrustedFiles::contains(const QString &key, const QString &hash)

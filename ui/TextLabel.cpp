@@ -60,6 +60,7 @@ void TextLabel::setStringValue(const QString &newText)
     setText(newText);
     // A tool tip takes what looks like markup for markup.
     setToolTip(isCut() ? newText.toHtmlEscaped() : QString());
+    emit stringValueChanged(newText);
     if (m_announcesChanges && !m_pause.isActive())
         announceNews();
 }

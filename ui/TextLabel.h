@@ -53,6 +53,8 @@ public:
     [[nodiscard]] QStringList shownLines() const;
 
 signals:
+    // The label shows this other text.
+    void stringValueChanged(const QString &text);
     // Assistive technology was told this text.
     void announced(const QString &text);
 

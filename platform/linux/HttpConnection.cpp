@@ -1,4 +1,7 @@
+#include "platform/DispatchQueue.h"
+#include "platform/HttpUrl.h"
 #include "platform/linux/QtHttp.h"
+#include "platform/linux/RefusedHost.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -26,8 +29,9 @@ int statusOf(const QNetworkReply &reply)
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-// The statuses of which Qt follows the target or fails; the other ones of their hundred are
-// answers.
+const auto ConnectionLost = QStringLiteral("The network connection was lost.");
+
+// The statuses that name another place; the other ones of their hundred are answers.
 bool isRedirect(int status)
 {
     return (status >= 301 && status <= 303) || status == 305 || status == 307 || status == 308;
@@ -46,6 +50,25 @@ bool isOnlyTheStatus(QNetworkReply::NetworkError error, int status)
             error <= QNetworkReply::UnknownServerError);
 }
 
+// Nobody was reached at that address; another one of the same host may do.
+bool isOnlyTheAddress(QNetworkReply::NetworkError error)
+{
+    return error == QNetworkReply::ConnectionRefusedError || error == QNetworkReply::TimeoutError ||
+           error == QNetworkReply::UnknownNetworkError;
+}
+
+// Qt keeps connections apart by the name that they are verified for.
+void askAt(const QHostAddress &address, const QString &host, QNetworkRequest &request)
+{
+    QUrl url = request.url();
+    const QString port =
+        url.port() < 0 ? QString() : QLatin1Char(':') + QString::number(url.port());
+    request.setRawHeader(QByteArrayLiteral("Host"), (host + port).toLatin1());
+    request.setPeerVerifyName(host);
+    url.setHost(address.toString());
+    request.setUrl(url);
+}
+
 QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslConfiguration)
 {
     QNetworkRequest result(request.url);
@@ -54,10 +77,9 @@ QNetworkRequest toQt(const HttpRequest &request, const QSslConfiguration &sslCon
     // One file at a time gains nothing from multiplexing, and HTTP/1.1 keeps the flow control of
     // one connection as simple as that of its socket.
     result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    // Qt would send headers of one host to the next, and want to read a body again.
     result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                        request.redirects == HttpRequest::Redirects::SameOrigin
-                            ? QNetworkRequest::SameOriginRedirectPolicy
-                            : QNetworkRequest::NoLessSafeRedirectPolicy);
+                        QNetworkRequest::ManualRedirectPolicy);
     // Of a body packed for transport Qt does not tell whether it arrived whole. Ours are packed
     // already.
     result.setRawHeader(QByteArrayLiteral("Accept-Encoding"), QByteArrayLiteral("identity"));
@@ -80,23 +102,24 @@ public:
 };
 
 // With a body, even an empty one, Qt ignores the read buffer's size and takes in all that comes.
-QNetworkReply *sendByQt(const HttpRequest &request, const QSslConfiguration &sslConfiguration)
+QNetworkReply *replyOfQt(const HttpRequest &request, QNetworkRequest qtRequest)
 {
     QNetworkAccessManager &manager = managerOfThisThread();
-    QNetworkRequest qtRequest = toQt(request, sslConfiguration);
     if (request.method == QByteArrayLiteral("GET"))
         return manager.get(qtRequest);
     if (request.body.isEmpty())
         return manager.sendCustomRequest(qtRequest, request.method);
     qtRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     qtRequest.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-    // Qt would want to read the body again for the next place.
-    qtRequest.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                           QNetworkRequest::ManualRedirectPolicy);
     auto *body = new OneWayBody(request.body, &manager);
     QNetworkReply *reply = manager.sendCustomRequest(qtRequest, request.method, body);
     body->setParent(reply);
     return reply;
+}
+
+bool isSafe(const QUrl &from, const QUrl &to)
+{
+    return to.scheme() == QStringLiteral("https") || to.scheme() == from.scheme();
 }
 
 bool isSameOrigin(const QUrl &one, const QUrl &other)
@@ -141,18 +164,71 @@ void QtHttpConnection::start()
 
 void QtHttpConnection::send()
 {
-    m_reply = sendByQt(m_request, m_sslConfiguration);
+    if (!m_isPaused)
+        m_idleTimer.start(m_request.idleTimeout);
+    m_refusedHost = HttpUrl::refusedHost(m_request.url);
+    m_addresses.clear();
+    if (!m_refusedHost) {
+        sendByQt(toQt(m_request, m_sslConfiguration));
+        return;
+    }
+    DispatchQueue::global(DispatchQueue::QualityOfService::High)
+        ->async([self = shared_from_this(), host = *m_refusedHost] {
+            const QList<QHostAddress> addresses = RefusedHost::addressesOf(host);
+            QMetaObject::invokeMethod(
+                self.get(), [self, addresses] { self->sendToAnyOf(addresses); },
+                Qt::QueuedConnection);
+        });
+}
+
+void QtHttpConnection::sendToAnyOf(const QList<QHostAddress> &addresses)
+{
+    if (m_whyGivenUp)
+        return;
+    m_addresses = addresses;
+    if (!sendToNextAddress())
+        giveUp(QStringLiteral("Host %1 not found").arg(*m_refusedHost));
+}
+
+bool QtHttpConnection::sendToNextAddress()
+{
+    if (m_addresses.isEmpty())
+        return false;
+    QNetworkRequest request = toQt(m_request, m_sslConfiguration);
+    askAt(m_addresses.takeFirst(), *m_refusedHost, request);
+    sendByQt(request);
+    connect(m_reply, &QNetworkReply::sslErrors, this, &QtHttpConnection::passOverTheName);
+    return true;
+}
+
+void QtHttpConnection::sendByQt(const QNetworkRequest &request)
+{
+    m_isSent = false;
+    m_reply = replyOfQt(m_request, request);
     m_reply->setReadBufferSize(ReadBufferSize);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &QtHttpConnection::takeResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &QtHttpConnection::takeData);
     connect(m_reply, &QNetworkReply::finished, this, &QtHttpConnection::takeEnd);
     connect(m_reply, &QNetworkReply::requestSent, this, [this] { m_isSent = true; });
-    connect(m_reply, &QNetworkReply::encrypted, this, [this] {
-        if (m_isSent && !m_request.body.isEmpty())
-            m_reply->abort(); // a second connection, for which there is no body
-    });
-    if (!m_isPaused)
-        m_idleTimer.start(m_request.idleTimeout);
+    connect(m_reply, &QNetworkReply::encrypted, this, &QtHttpConnection::takeConnection);
+}
+
+// Nothing has been sent on a connection that is ended here.
+void QtHttpConnection::takeConnection()
+{
+    if (m_isSent && !m_request.body.isEmpty())
+        giveUp(ConnectionLost); // a second connection, for which there is no body
+    else if (m_refusedHost &&
+             !RefusedHost::isNamedIn(m_reply->sslConfiguration().peerCertificate(), *m_refusedHost))
+        giveUp(QStringLiteral("The certificate is not one of %1.").arg(*m_refusedHost));
+}
+
+// The name is for takeConnection() to verify; all else is for Qt.
+void QtHttpConnection::passOverTheName(QList<QSslError> errors)
+{
+    errors.removeIf(
+        [](const QSslError &error) { return error.error() != QSslError::HostNameMismatch; });
+    m_reply->ignoreSslErrors(errors);
 }
 
 void QtHttpConnection::setPaused(bool isPaused)
@@ -163,7 +239,7 @@ void QtHttpConnection::setPaused(bool isPaused)
             Qt::QueuedConnection);
         return;
     }
-    if (std::exchange(m_isPaused, isPaused) == isPaused || !m_reply)
+    if (std::exchange(m_isPaused, isPaused) == isPaused || !m_self)
         return;
     if (isPaused) {
         m_idleTimer.stop();
@@ -171,7 +247,7 @@ void QtHttpConnection::setPaused(bool isPaused)
     }
     m_idleTimer.start(m_request.idleTimeout);
     takeData();
-    if (m_reply && m_reply->isFinished() && !m_isPaused)
+    if (m_self && (!m_reply || m_reply->isFinished()))
         takeEnd();
 }
 
@@ -192,12 +268,13 @@ void QtHttpConnection::takeData()
     if (m_isPaused || !m_reply || m_whyGivenUp)
         return;
     takeResponse();
-    if (!m_hasResponse || m_isPaused) // the delegate may have paused at the response
+    const bool isOnTheWay = !m_hasResponse && isRedirect(statusOf(*m_reply));
+    if (m_isPaused || !(m_hasResponse || isOnTheWay)) // the delegate may have paused at it
         return;
     if (!m_reply->isFinished())
         m_idleTimer.start(m_request.idleTimeout);
     const QByteArray data = m_reply->readAll();
-    if (data.isEmpty())
+    if (data.isEmpty() || isOnTheWay) // nobody wants to hear what a redirect says besides
         return;
     m_receivedLength += data.size();
     if (m_receivedLength > m_request.largestBody) {
@@ -211,19 +288,18 @@ void QtHttpConnection::takeData()
     }
 }
 
-// Only for requests with a body; Qt follows the others by itself.
 bool QtHttpConnection::followRedirect()
 {
     constexpr int mostRedirects = 10;
-    const int status = statusOf(*m_reply);
-    const QUrl target = m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
-    if (m_whyGivenUp || m_request.body.isEmpty() || !isRedirect(status) || !target.isValid() ||
-        ++m_redirectCount > mostRedirects)
+    const int status = m_reply ? statusOf(*m_reply) : 0;
+    if (m_whyGivenUp || !isRedirect(status) || ++m_redirectCount > mostRedirects)
         return false;
-    const QUrl url = m_reply->url().resolved(target);
-    const bool isSafe = url.scheme() == m_request.url.scheme();
-    if (!isSafe || (m_request.redirects == HttpRequest::Redirects::SameOrigin &&
-                    !isSameOrigin(url, m_request.url)))
+    const QString location = QString::fromUtf8(m_reply->rawHeader(QByteArrayLiteral("Location")));
+    const QUrl target = HttpUrl::fromText(location, QUrl::TolerantMode);
+    const QUrl url = m_request.url.resolved(target);
+    if (location.isEmpty() || !target.isValid() || !isSafe(m_request.url, url) ||
+        (m_request.redirects == HttpRequest::Redirects::SameOrigin &&
+         !isSameOrigin(url, m_request.url)))
         return false;
     constexpr int temporaryRedirect = 307;
     if (status < temporaryRedirect) { // the answer is there to be fetched, as for a form
@@ -232,33 +308,48 @@ bool QtHttpConnection::followRedirect()
         m_request.headers.clear();
     }
     m_request.url = url;
-    m_isSent = false;
-    m_reply->disconnect(this);
-    m_reply->deleteLater();
+    dropReply();
     send();
     return true;
 }
 
 void QtHttpConnection::takeEnd()
 {
-    if (m_isPaused || !m_reply || followRedirect())
+    const bool isLookingUp = !m_reply && !m_whyGivenUp;
+    if (m_isPaused || isLookingUp || followRedirect())
         return;
-    m_idleTimer.stop();
     takeData();
     if (m_isPaused)
         return;
-    const QNetworkReply::NetworkError error = m_reply->error();
-    if (m_whyGivenUp)
-        fail({*m_whyGivenUp, int(error)});
-    else if (error != QNetworkReply::NoError && !isOnlyTheStatus(error, m_status))
-        fail({m_reply->errorString(), int(error)});
-    else if (!m_hasResponse || !isWholeBody())
-        fail({QStringLiteral("The network connection was lost."),
-              int(QNetworkReply::RemoteHostClosedError)});
-    else {
-        m_delegate->connectionDidFinishLoading();
-        end();
+    if (hasNextAddress()) {
+        dropReply();
+        sendToNextAddress();
+        return;
     }
+    if (const auto error = failure())
+        m_delegate->connectionDidFailWithError(*error);
+    else
+        m_delegate->connectionDidFinishLoading();
+    end();
+}
+
+bool QtHttpConnection::hasNextAddress() const
+{
+    return !m_whyGivenUp && isOnlyTheAddress(m_reply->error()) && !m_isSent &&
+           !m_addresses.isEmpty();
+}
+
+std::optional<Error> QtHttpConnection::failure() const
+{
+    const auto error = m_reply ? m_reply->error() : QNetworkReply::HostNotFoundError;
+    if (m_whyGivenUp)
+        return Error{*m_whyGivenUp, int(error)};
+    const bool isAnswer = error == QNetworkReply::NoError || isOnlyTheStatus(error, m_status);
+    if (!isAnswer && error != QNetworkReply::RemoteHostClosedError)
+        return Error{m_reply->errorString(), int(error)};
+    if (!isAnswer || !m_hasResponse || !isWholeBody())
+        return Error{ConnectionLost, int(QNetworkReply::RemoteHostClosedError)};
+    return std::nullopt;
 }
 
 bool QtHttpConnection::isWholeBody() const
@@ -272,22 +363,25 @@ void QtHttpConnection::giveUp(const QString &reason)
 {
     if (std::exchange(m_whyGivenUp, reason))
         return;
-    if (m_reply->isFinished())
-        return; // whoever told us of the end goes on to take it
-    m_reply->abort();
+    if (!m_reply)
+        takeEnd();
+    else if (!m_reply->isFinished()) // else whoever told us of the end goes on to take it
+        m_reply->abort();
 }
 
-void QtHttpConnection::fail(const Error &error)
+void QtHttpConnection::dropReply()
 {
-    m_delegate->connectionDidFailWithError(error);
-    end();
+    if (!m_reply)
+        return;
+    m_reply->disconnect(this);
+    m_reply->deleteLater();
+    m_reply = nullptr;
 }
 
 void QtHttpConnection::end()
 {
-    m_reply->disconnect(this);
-    m_reply->deleteLater();
-    m_reply = nullptr;
+    m_idleTimer.stop();
+    dropReply();
     m_delegate.reset();
     m_self.reset(); // may be the last reference
 }

@@ -2,6 +2,7 @@
 
 #include "platform/HttpConnection.h"
 
+#include <QHostAddress>
 #include <QNetworkReply>
 #include <QObject>
 #include <QSslConfiguration>
@@ -30,12 +31,19 @@ public:
 
 private:
     void send();
+    void sendToAnyOf(const QList<QHostAddress> &addresses);
+    [[nodiscard]] bool hasNextAddress() const;
+    bool sendToNextAddress();
+    void sendByQt(const QNetworkRequest &request);
+    void takeConnection();
+    void passOverTheName(QList<QSslError> errors);
     void takeResponse();
     void takeData();
     void takeEnd();
     [[nodiscard]] bool followRedirect();
-    void fail(const Error &error);
+    [[nodiscard]] std::optional<Error> failure() const;
     void giveUp(const QString &reason);
+    void dropReply();
     void end();
     [[nodiscard]] bool isWholeBody() const;
 
@@ -49,6 +57,8 @@ private:
     qint64 m_expectedLength = -1;
     qint64 m_receivedLength = 0;
     int m_redirectCount = 0;
+    std::optional<QString> m_refusedHost; // when it is asked at one of its addresses
+    QList<QHostAddress> m_addresses;      // those not tried yet
     bool m_isSent = false;
     bool m_hasResponse = false;
     bool m_isPaused = false;

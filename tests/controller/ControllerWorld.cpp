@@ -54,7 +54,8 @@ QString shortHash(const QByteArray &contents) { return SHA256(contents).left(7);
 
 ControllerWorld::ControllerWorld()
     : configuration(configurationFor(server.port(), folder.path())),
-      httpClient(makeHttpClient(configuration.extraCertificateFile)),
+      httpClient(std::make_unique<AdjustableHttpClient>(
+          makeHttpClient(configuration.extraCertificateFile))),
       userDefaults(std::make_unique<UserDefaults>(folder.path(QStringLiteral("settings.sqlite")))),
       localAuthentication(
           std::make_unique<LocalAuthenticationHandler>(biometrics, *userDefaults, alerts)),
@@ -71,6 +72,9 @@ ControllerWorld::ControllerWorld()
     view->setServices({configuration, *httpClient, workspace, alerts, *localAuthentication,
                        [this] { DispatchQueue::main()->async([this] { isTerminated = true; }); }});
     view->awakeFromNib();
+    QObject::connect(view->findChild<TextLabel *>(QStringLiteral("statusLabel")),
+                     &TextLabel::stringValueChanged, &window,
+                     [this](const QString &text) { statuses += text; });
     controller = std::make_shared<ViewController>(
         *view, ControllerServices{configuration, *httpClient, *userDefaults, workspace,
                                   activationPolicy, alerts, *localAuthentication, timer, network});
@@ -134,6 +138,14 @@ void ControllerWorld::login(const QString &username, const QString &password)
 }
 
 QString ControllerWorld::status() const { return label("statusLabel"); }
+
+QStringList ControllerWorld::logLines() const
+{
+    QStringList lines = log.lines();
+    lines.removeIf(
+        [](const QString &line) { return line.contains(QStringLiteral("Cannot list")); });
+    return lines;
+}
 
 QString ControllerWorld::label(const char *name) const
 {

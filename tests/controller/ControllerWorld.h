@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AdjustableHttpClient.h"
 #include "CompressBzip2.h"
 #include "FakeAlertPresenter.h"
 #include "FakeBiometricContext.h"
@@ -45,6 +46,8 @@ public:
     void login(const QString &username, const QString &password);
 
     [[nodiscard]] QString status() const;
+    // The log's lines, without those of the clean-up of a folder that is not there yet.
+    [[nodiscard]] QStringList logLines() const;
     [[nodiscard]] QString label(const char *name) const;
     [[nodiscard]] bool isShown(const char *name) const;
     // "METHOD host/path" of every request so far, without the news.
@@ -56,7 +59,7 @@ public:
     TestFolder folder;
     LogCapture log;
     Configuration configuration;
-    std::unique_ptr<HttpClient> httpClient;
+    std::unique_ptr<AdjustableHttpClient> httpClient;
     std::unique_ptr<UserDefaults> userDefaults;
     RecordingWorkspace workspace;
     RecordingActivationPolicy activationPolicy;
@@ -66,6 +69,8 @@ public:
     FakeReachability network;
     std::unique_ptr<LocalAuthenticationHandler> localAuthentication;
     bool isTerminated = false;
+    // The texts of the status line so far.
+    QStringList statuses;
     // The URLs that the news view was told to load.
     QStringList newsLoads;
     CustomWindow window;

@@ -8,6 +8,9 @@
 #include <QJsonObject>
 #include <QTest>
 
+#include <csignal>
+#include <unistd.h>
+
 using std::chrono_literals::operator""ms;
 
 class TestLaunch : public QObject
@@ -16,16 +19,20 @@ class TestLaunch : public QObject
 
 private slots:
     void init();
-    void cleanup() { m_world.reset(); }
+    void cleanup();
 
     void handsTheGameWhatTheLoginGave();
     void startsTheFileNamedQuellmoorWhenNoneIsNamed();
     void makesGameAndFrameworkExecutable();
+    void logsOnceWhenPermissionsCannotBeSet_data();
     void logsOnceWhenPermissionsCannotBeSet();
     void hidesAfterFiveSecondsAndReturnsWithTheGame();
     void staysWhenTheGameEndsSooner();
     void returnsWhateverBecomesOfTheGame_data();
     void returnsWhateverBecomesOfTheGame();
+    void returnsWhenTheShellIsKilled_data();
+    void returnsWhenTheShellIsKilled();
+    void runsNothingForValuesThatAreMissing();
     void leavesNoZombie();
     void refusesAnExecutableOutsideTheGameFolder_data();
     void refusesAnExecutableOutsideTheGameFolder();
@@ -59,6 +66,12 @@ void TestLaunch::init()
                     {QStringLiteral("message"), QStringLiteral("Welcome")},
                     {QStringLiteral("token"), QStringLiteral("cookie-1")},
                     {QStringLiteral("gameserver"), QStringLiteral("game.example:7777")}});
+}
+
+void TestLaunch::cleanup()
+{
+    m_world->folder.write(Go, ""); // a game still waits for it when a test has failed
+    m_world.reset();
 }
 
 void TestLaunch::launch(const QByteArray &game, const QString &exec, const QString &username)
@@ -110,11 +123,33 @@ void TestLaunch::makesGameAndFrameworkExecutable()
     QCOMPARE(m_world->log.lines().filter(QStringLiteral("Cannot make executable")), QStringList());
 }
 
+void TestLaunch::logsOnceWhenPermissionsCannotBeSet_data()
+{
+    QTest::addColumn<bool>("hasGame");
+    QTest::addColumn<bool>("hasFramework");
+    QTest::addColumn<QString>("named"); // the file of the one line
+    const auto game = QStringLiteral("Quellmoor");
+    const auto framework = QStringLiteral("Frameworks/Cg.framework/Cg");
+    QTest::newRow("the game only") << false << true << game;
+    QTest::newRow("the framework only") << true << false << framework;
+    QTest::newRow("both") << false << false << framework; // the later takes the earlier's place
+}
+
 void TestLaunch::logsOnceWhenPermissionsCannotBeSet()
 {
-    launch(QByteArray()); // neither file is there
+    QFETCH(bool, hasGame);
+    QFETCH(bool, hasFramework);
+    QFETCH(QString, named);
+    m_world->folder.write(QStringLiteral("Quellmoor/Game/other"), "x");
+    if (hasFramework)
+        m_world->folder.write(QStringLiteral("Quellmoor/Game/Frameworks/Cg.framework/Cg"), "x");
+    launch(hasGame ? QByteArray("#!/bin/sh\ntouch played\n") : QByteArray());
     QTRY_COMPARE(returnCount(), 1);
-    QCOMPARE(m_world->log.lines().filter(QStringLiteral("Cannot make executable")).size(), 1);
+    QCOMPARE(m_world->logLines(),
+             QStringList{QStringLiteral("+[ErrorHandler log:] [line 14]: Cannot make executable "
+                                        "%1/%2: No such file or directory")
+                             .arg(m_world->configuration.gameFolder(), named)});
+    QCOMPARE(m_world->folder.read(QStringLiteral("Quellmoor/Game/played")).has_value(), hasGame);
 }
 
 void TestLaunch::hidesAfterFiveSecondsAndReturnsWithTheGame()
@@ -173,6 +208,50 @@ void TestLaunch::returnsWhateverBecomesOfTheGame()
     QVERIFY(m_world->view->isPlayButtonEnabled());
 }
 
+void TestLaunch::returnsWhenTheShellIsKilled_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("killed") << SIGKILL;
+    QTest::newRow("asked to end") << SIGTERM;
+    QTest::newRow("interrupted") << SIGINT;
+}
+
+// The shell is what the launcher waits for; the game goes on without it.
+void TestLaunch::returnsWhenTheShellIsKilled()
+{
+    QFETCH(int, signal);
+    launch("#!/bin/sh\necho $PPID > shell.new; mv shell.new shell\n"
+           "while [ ! -e go ]; do sleep 0.02; done\ntouch ended\n");
+    const auto shell = QStringLiteral("Quellmoor/Game/shell");
+    QTRY_VERIFY(m_world->folder.read(shell));
+    QTRY_VERIFY(m_world->timer.isWaiting());
+    const auto pid = pid_t(m_world->folder.read(shell)->trimmed().toInt());
+    QVERIFY(pid > 1 && pid != getpid());
+    QCOMPARE(::kill(pid, signal), 0);
+    if (signal == SIGINT) // a shell heeds it when its child has ended
+        m_world->folder.write(Go, "");
+    QTRY_COMPARE(returnCount(), 1);
+    QTRY_COMPARE(m_world->status(), QStringLiteral("Login"));
+    QTRY_VERIFY(m_world->isShown("accountIDField"));
+    QVERIFY(m_world->view->isPlayButtonEnabled());
+    QVERIFY(!QFile::exists(QStringLiteral("/proc/%1").arg(pid)));
+    m_world->timer.pass(5000ms);
+    QVERIFY(!m_world->activationPolicy.requests().contains(QStringLiteral("accessory")));
+    m_world->folder.write(Go, "");
+    QTRY_VERIFY(m_world->folder.read(QStringLiteral("Quellmoor/Game/ended")));
+}
+
+// "(null)" is no word for a shell, which gives the script up there.
+void TestLaunch::runsNothingForValuesThatAreMissing()
+{
+    m_world->answerLogin(QJsonObject{{QStringLiteral("status"), 7}});
+    launch("#!/bin/sh\ntouch played\n");
+    QTRY_COMPARE(returnCount(), 1);
+    QTRY_COMPARE(m_world->status(), QStringLiteral("Login"));
+    QVERIFY(m_world->statuses.contains(QStringLiteral("507: (null)")));
+    QVERIFY(!m_world->folder.read(QStringLiteral("Quellmoor/Game/played")));
+}
+
 void TestLaunch::leavesNoZombie()
 {
     launch("#!/bin/sh\necho $PPID > shell\n");
@@ -185,21 +264,42 @@ void TestLaunch::leavesNoZombie()
 
 void TestLaunch::refusesAnExecutableOutsideTheGameFolder_data()
 {
-    QTest::addColumn<QString>("exec");
-    QTest::newRow("above") << QStringLiteral("../canary");
-    QTest::newRow("absolute") << QStringLiteral("/bin/sh");
-    QTest::newRow("empty text") << QStringLiteral("./");
+    QTest::addColumn<QByteArray>("exec");
+    QTest::addColumn<QString>("reason");
+    const auto noFile = QStringLiteral("it does not name a file in the game folder");
+    QTest::newRow("above") << QByteArray("../canary") << noFile;
+    QTest::newRow("absolute") << QByteArray("/bin/sh") << noFile;
+    QTest::newRow("the folder") << QByteArray("./") << noFile;
+    QTest::newRow("an empty text") << QByteArray() << noFile;
+    QTest::newRow("a NUL") << QByteArray("Quellmoor\\u0000x")
+                           << QStringLiteral("it holds a NUL character");
+    QTest::newRow("a NUL at the end")
+        << QByteArray("Quellmoor\\u0000") << QStringLiteral("it holds a NUL character");
 }
 
 void TestLaunch::refusesAnExecutableOutsideTheGameFolder()
 {
-    QFETCH(QString, exec);
-    m_world->folder.write(QStringLiteral("Quellmoor/canary"), "#!/bin/sh\ntouch \"$0.ran\"\n");
-    launch(QByteArray(), exec);
+    QFETCH(QByteArray, exec);
+    QFETCH(QString, reason);
+    const QStringList canaries{QStringLiteral("Quellmoor/canary"),
+                               QStringLiteral("Quellmoor/Game/Quellmoor")};
+    for (const QString &canary : canaries)
+        m_world->folder.write(canary, "#!/bin/sh\ntouch \"$0.ran\"\n");
+    m_world->publishManifest(R"({"files":{},"exec":")" + exec + "\"}");
+    m_world->start();
+    m_world->login(QStringLiteral("wren"), QStringLiteral("secret"));
     QTRY_COMPARE(returnCount(), 1);
-    QCOMPARE(m_world->log.lines().filter(QStringLiteral("executable is refused")).size(), 1);
-    QVERIFY(!m_world->folder.read(QStringLiteral("Quellmoor/canary.ran")));
-    QVERIFY(!QFileInfo(m_world->folder.path(QStringLiteral("Quellmoor/canary"))).isExecutable());
+    QTRY_COMPARE(m_world->status(), QStringLiteral("Login"));
+    QTRY_VERIFY(m_world->isShown("accountIDField"));
+    QVERIFY(m_world->view->isPlayButtonEnabled());
+    QCOMPARE(m_world->logLines(),
+             QStringList{QStringLiteral("+[ErrorHandler log:] [line 14]: The game's executable is "
+                                        "refused: %1.")
+                             .arg(reason)});
+    for (const QString &canary : canaries) {
+        QVERIFY(!m_world->folder.read(canary + QStringLiteral(".ran")));
+        QVERIFY(!QFileInfo(m_world->folder.path(canary)).isExecutable());
+    }
 }
 
 void TestLaunch::returnsWhenThereIsNoGameFolder()

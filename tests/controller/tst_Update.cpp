@@ -34,7 +34,8 @@ private slots:
     void launchesAtOnceWhenEverythingIsValid();
     void runsAgainWhileAFileStaysWrong();
     void stopsWhenADownloadFails();
-    void namesTheEnvironmentWhenItLaunches();
+    void bringsTheGameOfTheEnvironment_data();
+    void bringsTheGameOfTheEnvironment();
 
 private:
     std::unique_ptr<ControllerWorld> m_world;
@@ -178,7 +179,11 @@ void TestUpdate::launchesAtOnceWhenEverythingIsValid()
     m_world->publish({}, {{QStringLiteral("exec"), QStringLiteral("nowhere")}});
     m_world->start();
     m_world->login(QStringLiteral("wren"), QStringLiteral("secret"));
-    QTRY_COMPARE(m_world->activationPolicy.requests().count(QStringLiteral("activate")), 1);
+    QTRY_COMPARE(
+        m_world->statuses,
+        QStringList({QStringLiteral("Login"), QStringLiteral("Contacting account server..."),
+                     QStringLiteral("507: Welcome"), QStringLiteral("Checking for updates..."),
+                     QStringLiteral("Launching the game..."), QStringLiteral("Login")}));
     QCOMPARE(m_world->log.lines().filter(QStringLiteral("Patcher failed")), QStringList());
 }
 
@@ -211,14 +216,30 @@ void TestUpdate::stopsWhenADownloadFails()
     QCOMPARE(m_world->requestCount("/mac/b.bz2"), 1);
 }
 
-void TestUpdate::namesTheEnvironmentWhenItLaunches()
+void TestUpdate::bringsTheGameOfTheEnvironment_data()
 {
-    m_world->publish({}, {{QStringLiteral("exec"), QStringLiteral("Quellmoor")}});
-    m_world->folder.write(QStringLiteral("Quellmoor/Game/Quellmoor"),
-                          "#!/bin/sh\nwhile [ ! -e go ]; do sleep 0.05; done\n");
+    QTest::addColumn<QString>("environment");
+    for (const auto *environment : {"qa", "", "-x", "x-", "a_b"})
+        QTest::addRow("\"%s\"", environment) << QString::fromLatin1(environment);
+}
+
+void TestUpdate::bringsTheGameOfTheEnvironment()
+{
+    QFETCH(QString, environment);
+    m_world->publish({{QStringLiteral("Quellmoor"), "#!/bin/sh\nprintf %s \"$VARNO_DEV\" > seen\n"
+                                                    "while [ ! -e go ]; do sleep 0.05; done\n"}});
     m_world->start();
-    m_world->login(QStringLiteral("wren@qa"), QStringLiteral("secret"));
-    QTRY_COMPARE(m_world->status(), QStringLiteral("Launching the game(qa)..."));
+    QTRY_COMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+    m_world->login(QStringLiteral("wren@") + environment, QStringLiteral("secret"));
+    QTRY_COMPARE(m_world->folder.read(QStringLiteral("Quellmoor/Game/seen")),
+                 std::optional<QByteArray>("YES"));
+    QTRY_COMPARE(m_world->status(), QStringLiteral("Launching the game(%1)...").arg(environment));
+    const QString host = QStringLiteral("GET download-%1.localhost").arg(environment);
+    QCOMPARE(m_world->requests().mid(1),
+             QStringList({QStringLiteral("POST account.localhost/login/"),
+                          host + QStringLiteral("/mac/patcher.json"),
+                          host + QStringLiteral("/mac/Quellmoor.bz2")}));
+    QCOMPARE(m_world->logLines().filter(QStringLiteral("invalid")), QStringList());
     m_world->folder.write(QStringLiteral("Quellmoor/Game/go"), "");
     QTRY_COMPARE(m_world->status(), QStringLiteral("Login"));
 }

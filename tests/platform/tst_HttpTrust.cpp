@@ -18,6 +18,8 @@ private slots:
     void followsARedirect_data();
     void followsARedirect();
     void tellsNothingOfTheRedirectItself();
+    void readsPastALongPageOfTheRedirect();
+    void followsFromHttpToHttps();
     void neverFollowsFromHttpsToHttp_data();
     void neverFollowsFromHttpsToHttp();
     void staysWithinTheOriginWhenTold_data();
@@ -104,6 +106,24 @@ void TestHttpTrust::tellsNothingOfTheRedirectItself()
     QCOMPARE(delegate->events(), QStringList({QStringLiteral("response 404 8"),
                                               QStringLiteral("data"), QStringLiteral("finish")}));
     QCOMPARE(delegate->data(), QByteArray("not here"));
+}
+
+void TestHttpTrust::readsPastALongPageOfTheRedirect()
+{
+    TestServer server;
+    const QByteArray page(4 * 1024 * 1024, 'm'); // more than waits unread in any buffer
+    server.route("/", TestReply::whole(page, 302, {{"Location", "/there"}}));
+    server.route("/there", TestReply::whole("arrived"));
+    QCOMPARE(run(*m_client, get(server.url()))->data(), QByteArray("arrived"));
+}
+
+void TestHttpTrust::followsFromHttpToHttps()
+{
+    TestServer open(TestServer::Scheme::Http);
+    TestServer safe;
+    open.route("/", TestReply::redirect(safe.url("/there")));
+    safe.route("/there", TestReply::whole("arrived"));
+    QCOMPARE(run(*m_client, get(open.url()))->data(), QByteArray("arrived"));
 }
 
 void TestHttpTrust::neverFollowsFromHttpsToHttp_data() { addRedirectStatuses(); }

@@ -101,16 +101,21 @@ const Certificates &Certificates::shared()
 Certificates::Certificates()
     : m_authority(makeAuthority(
           {file(QStringLiteral("authority.pem")), file(QStringLiteral("authority.key"))})),
-      m_localhost(make(QStringLiteral("localhost"),
-                       {QStringLiteral("DNS:localhost"), QStringLiteral("IP:127.0.0.1"),
-                        QStringLiteral("DNS:download.localhost"),
-                        QStringLiteral("DNS:download-qa.localhost"),
-                        QStringLiteral("DNS:account.localhost")},
-                       Validity::Now)),
-      m_otherHost(make(QStringLiteral("other-host"), {QStringLiteral("DNS:other-host.localhost")},
-                       Validity::Now)),
+      m_localhost(make(
+          QStringLiteral("localhost"),
+          {QStringLiteral("DNS:localhost"), QStringLiteral("IP:127.0.0.1"),
+           QStringLiteral("DNS:download.localhost"), QStringLiteral("DNS:download-qa.localhost"),
+           QStringLiteral("DNS:download-.localhost"), QStringLiteral("DNS:download-x-.localhost"),
+           QStringLiteral("DNS:download--x.localhost"),
+           QStringLiteral("DNS:download-a_b.localhost"), QStringLiteral("DNS:account.localhost")},
+          Validity::Now)),
+      m_otherHost(
+          make(QStringLiteral("other-host"),
+               {QStringLiteral("DNS:other-host.localhost"), QStringLiteral("DNS:other-.localhost")},
+               Validity::Now)),
       m_expired(make(QStringLiteral("expired"),
-                     {QStringLiteral("DNS:localhost"), QStringLiteral("IP:127.0.0.1")},
+                     {QStringLiteral("DNS:localhost"), QStringLiteral("DNS:download-.localhost"),
+                      QStringLiteral("IP:127.0.0.1")},
                      Validity::Past))
 {
 }

@@ -25,7 +25,7 @@ public:
 
     // Valid for localhost, 127.0.0.1 and the launcher's hosts below localhost.
     [[nodiscard]] const Identity &localhost() const { return m_localhost; }
-    // Signed by the same authority, but for another host.
+    // Signed by the same authority, but for other hosts.
     [[nodiscard]] const Identity &otherHost() const { return m_otherHost; }
     // For localhost, but it ended yesterday.
     [[nodiscard]] const Identity &expired() const { return m_expired; }

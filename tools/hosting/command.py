@@ -124,7 +124,7 @@ def _port(text: str) -> int:
 
 def _environment(text: str) -> str:
     if not is_environment(text):
-        raise argparse.ArgumentTypeError("may hold letters, digits and - only")
+        raise argparse.ArgumentTypeError("may hold letters, digits, _ and - only")
     return text
 
 

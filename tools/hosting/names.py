@@ -15,7 +15,7 @@ CONTROL = f"control.{DOMAIN}"
 OTHER = f"other.{DOMAIN}"
 DEFAULT_ENVIRONMENTS = ("qa", "dev")
 
-_ENVIRONMENT = re.compile(r"[A-Za-z0-9-]{0,40}")
+_ENVIRONMENT = re.compile(r"[A-Za-z0-9_-]{0,40}")
 
 
 def is_environment(name: str) -> bool:

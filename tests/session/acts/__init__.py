@@ -20,7 +20,7 @@ PLAYS: dict[str, tuple[Act, ...]] = {
         login.nothing_typed, login.wrong_password, links.to_the_desktop, login.two_steps,
         update.moving_bar,
         game.what_it_is_handed, game.launcher_out_of_sight, game.launcher_is_back,
-        environment.own_game, quitting.while_the_game_runs,
+        environment.own_game, environment.without_a_name, quitting.while_the_game_runs,
         network.start_without_and_return,
         fingerprint.offer_is_accepted, fingerprint.finger_logs_in,
         out_of_date.update_is_handed_on, out_of_date.exit_downloads_nothing,

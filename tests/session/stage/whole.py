@@ -80,7 +80,7 @@ class Stage:
         self.game, self.coming_game = games.make(self.folder, self.version)
         self.game_run = games.GameRun(self.folder)
         accounts.write(self.folder / "accounts.json")
-        self.hosts = Hosts(self.folder, {None: self.game.tree, "qa": self.coming_game.tree},
+        self.hosts = Hosts(self.folder, {None: self.game.tree, "qa": self.coming_game.tree, "": self.game.tree},
                            options=("--accounts", str(self.folder / "accounts.json")))
         self._closing.callback(self.hosts.stop)
         self._own = set(children.children(os.getpid()))
