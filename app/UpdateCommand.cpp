@@ -44,9 +44,6 @@ UpdateCommand::UpdateCommand(const CommandLine &commandLine, const Configuration
 int UpdateCommand::run()
 {
     m_clock.start();
-    if (const auto error = FileSystem::createDirectory(m_configuration.dataFolder))
-        ErrorHandler::log(*error);
-
     const QString url = m_configuration.manifestUrl(m_commandLine.environment);
     const Manifest::Fetched manifest = Manifest::fetch(m_httpClient, url);
     if (manifest.outcome != Manifest::Fetched::Outcome::Parsed) {
@@ -123,11 +120,10 @@ void UpdateCommand::patcherUpdateWithMegaByteCount(double megaByteCount, double 
                              .arg(totalFiles)
                              .arg(SystemLog::onOneLine(filename)); // it comes from outside
     if (isShown)
-        showProgress(QStringLiteral("%1 [%2/%3 MB @ %4 MB/s]")
-                         .arg(head)
-                         .arg(megaByteCount, 0, 'f', 1)
-                         .arg(qMax(expectedSize, 0.0), 0, 'f', 1)
-                         .arg(speed, 0, 'f', 1),
+        showProgress(head + QStringLiteral(" [%1/%2 MB @ %3 MB/s]")
+                                .arg(megaByteCount, 0, 'f', 1)
+                                .arg(qMax(expectedSize, 0.0), 0, 'f', 1)
+                                .arg(speed, 0, 'f', 1),
                      isLast);
     else
         tell(head + QLatin1Char('\n'));
@@ -168,11 +164,14 @@ bool UpdateCommand::isTimeToShow(bool isLast)
 
 void UpdateCommand::showProgress(const QString &line, bool isLast)
 {
+    m_isLineOpen = !isLast;
     tell(QStringLiteral("\r\x1b[K") + line + (isLast ? QStringLiteral("\n") : QString()));
 }
 
-void UpdateCommand::tellSummary(const FileCheck::Result &result) const
+void UpdateCommand::tellSummary(const FileCheck::Result &result)
 {
+    if (std::exchange(m_isLineOpen, false))
+        tell(QStringLiteral("\n"));
     const qint64 valid = result.checkedCount - result.invalidCount;
     const double seconds = double(m_clock.elapsed()) / 1000;
     QString text = QStringLiteral("%1 of %2 files valid (%3 without reading them) in %4\n")

@@ -46,9 +46,9 @@ private:
     FileCheck::Result check();
     FileCheck::Result updateUntilValid(FileCheck::Result result);
     void runEngine();
-    void tellSummary(const FileCheck::Result &result) const;
+    void tellSummary(const FileCheck::Result &result);
     [[nodiscard]] bool isTimeToShow(bool isLast);
-    static void showProgress(const QString &line, bool isLast);
+    void showProgress(const QString &line, bool isLast);
 
     const CommandLine m_commandLine;
     const Configuration &m_configuration;
@@ -66,4 +66,5 @@ private:
     double m_megaBytes = 0;
     qint64 m_writtenFiles = 0;
     qint64 m_lastShown = 0;
+    bool m_isLineOpen = false;
 };

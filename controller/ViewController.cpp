@@ -24,6 +24,7 @@
 #include <QFileInfo>
 
 #include <filesystem>
+#include <vector>
 
 using QualityOfService = DispatchQueue::QualityOfService;
 
@@ -115,18 +116,21 @@ void ViewController::cleanUpOldDMGFiles()
 {
     const QString path = m_services.configuration.dataFolder;
     std::error_code error;
-    const std::filesystem::directory_iterator folder(QFile::encodeName(path).toStdString(), error);
+    std::filesystem::directory_iterator item(QFile::encodeName(path).toStdString(), error);
+    std::vector<std::filesystem::path> images;
+    for (; !error && item != std::filesystem::directory_iterator(); item.increment(error)) {
+        if (item->path().filename().string().ends_with(".dmg"))
+            images.push_back(item->path());
+    }
     if (error) {
         ErrorHandler::log(Error{QStringLiteral("Cannot list %1: %2")
                                     .arg(path, QString::fromLocal8Bit(error.message().c_str())),
                                 error.value()});
         return;
     }
-    for (const auto &item : folder) {
-        // Links go, what they lead to stays; what cannot be removed stays, too.
-        if (item.path().filename().string().ends_with(".dmg"))
-            std::filesystem::remove_all(item.path(), error);
-    }
+    // Links go, what they lead to stays; what cannot be removed stays, too.
+    for (const auto &image : images)
+        std::filesystem::remove_all(image, error);
 }
 
 void ViewController::downloadPatcherJSON(const QString &url, const Completion &completion)

@@ -216,9 +216,12 @@ std::optional<QByteArray> decodePlainly(const QByteArray &compressed)
 std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed,
                                             const BlockwiseDecoder::Helpers &helpers)
 {
-    if (const auto blocks = findBzip2Blocks(compressed)) {
-        if (auto contents = BlockwiseDecoder(compressed, *blocks, helpers).decode())
-            return contents;
+    try {
+        if (const auto blocks = findBzip2Blocks(compressed)) {
+            if (auto contents = BlockwiseDecoder(compressed, *blocks, helpers).decode())
+                return contents;
+        }
+    } catch (const std::bad_alloc &) { // too many blocks to keep apart
     }
     return decodePlainly(compressed);
 }

@@ -22,12 +22,15 @@ void VARNOPatcher::connectionDidFinishLoading()
         m_waitingBytes += data.size();
     }
     auto next = takeNextFile();
+    if (!next)
+        reportEndOfQueue(); // now, since the last words are those of the last write
     queue->async([self = shared_from_this(), data = std::move(data), file]() mutable {
         const qint64 size = data.size();
         self->writeData(std::exchange(data, {}), file);
         self->releaseWaitingBytes(size);
     });
-    downloadFrom(std::move(next));
+    if (next)
+        downloadFrom(std::move(next));
 }
 
 std::shared_ptr<DispatchQueue>
@@ -90,8 +93,7 @@ void VARNOPatcher::writeCompletion(const QString &fileName, const std::optional<
 {
     const std::lock_guard oneAtATime(m_completionMutex);
     std::unique_lock lock(m_mutex);
-    if (__builtin_add_overflow(m_writeCount, 1, &m_writeCount))
-        qFatal("VARNOPatcher: a counter overflowed");
+    increment(m_writeCount);
     const bool isLast = m_writeCount >= m_totalFiles;
     lock.unlock();
 

@@ -14,12 +14,6 @@ constexpr double MegaBytesPerByte = 9.5367431640625e-07;
 // what arrives.
 constexpr qint64 LargestReservation = 64 * 1024 * 1024;
 
-void increment(qint64 &counter)
-{
-    if (__builtin_add_overflow(counter, 1, &counter))
-        qFatal("VARNOPatcher: a counter overflowed");
-}
-
 } // namespace
 
 VARNOPatcher::VARNOPatcher(HttpClient &httpClient, qint64 waitingBytesLimit, Clock clock)
@@ -31,6 +25,12 @@ VARNOPatcher::VARNOPatcher(HttpClient &httpClient, qint64 waitingBytesLimit, Clo
 }
 
 VARNOPatcher::~VARNOPatcher() = default;
+
+void VARNOPatcher::increment(qint64 &counter)
+{
+    if (__builtin_add_overflow(counter, 1, &counter))
+        qFatal("VARNOPatcher: a counter overflowed");
+}
 
 void VARNOPatcher::setDelegate(std::shared_ptr<VARNOPatcherDelegate> delegate)
 {
@@ -47,7 +47,6 @@ void VARNOPatcher::enqueueWithFile(const std::shared_ptr<Downloadable> &file)
     m_waitingUrls.insert(url);
     m_patchQueue.push_back(file);
     increment(m_totalFiles);
-    m_hasFinished = false;
 }
 
 void VARNOPatcher::start()
@@ -57,7 +56,6 @@ void VARNOPatcher::start()
         if (m_isPatching)
             return;
         m_logs.clear();
-        m_hasFinished = false;
     }
     downloadNext();
 }
@@ -100,14 +98,12 @@ void VARNOPatcher::reportEndOfQueue()
     m_isPatching = false;
     const auto delegate = m_delegate;
     const bool isFinished = m_writeCount >= m_totalFiles;
-    // The last write can complete between its hand-off and this call; its finish is the only one.
-    const bool isNews = !isFinished || !std::exchange(m_hasFinished, true);
     const qint64 writeCount = m_writeCount;
     const qint64 totalFiles = m_totalFiles;
     const QString filename = m_currentFilename;
     lock.unlock();
 
-    if (!delegate || !isNews)
+    if (!delegate)
         return;
     if (isFinished)
         delegate->patcherDidFinish();

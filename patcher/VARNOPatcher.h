@@ -79,6 +79,8 @@ public:
     void connectionDidFailWithError(const Error &error) override;
 
 private:
+    // An overflow ends the process.
+    static void increment(qint64 &counter);
     void downloadNext();
     void downloadFrom(std::shared_ptr<Downloadable> file);
     [[nodiscard]] std::shared_ptr<Downloadable> takeNextFile();
@@ -116,7 +118,6 @@ private:
     std::shared_ptr<Downloadable> m_currentDownloadable;
     QString m_currentFilename; // kept, since each piece is reported with it
     qint64 m_failedCount = 0;
-    bool m_hasFinished = false; // patcherDidFinish was sent for what is enqueued
     qint64 m_waitingBytes = 0;
     std::weak_ptr<HttpConnection> m_connection;
 };

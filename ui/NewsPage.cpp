@@ -38,7 +38,8 @@ WebNewsPageMaker *webNewsPageMaker()
     QPluginLoader loader(QStringLiteral("quellmoor-web-news"));
     auto *maker = qobject_cast<WebNewsPageMaker *>(loader.instance());
     if (!maker)
-        ErrorHandler::log(QStringLiteral("The news are shown as text: %1").arg(loader.errorString()));
+        ErrorHandler::log(
+            QStringLiteral("The news are shown as text: %1").arg(loader.errorString()));
     return maker;
 }
 

@@ -1,8 +1,8 @@
-// Preloaded into a program: tells when its window stands painted on the screen and has the keyboard.
-// Writes a line to the file descriptor in FIRST_FRAME_FD: the monotonic clock at that time and the
-// processor time that the program has used, both in nanoseconds. With a name in FIRST_FRAME_FOCUS
-// the widget of that name must have the keyboard, otherwise any window. With FIRST_FRAME_STOP the
-// program then stops, as by SIGSTOP, so that it can be looked at.
+// Preloaded into a program: tells when its window stands painted on the screen and has the
+// keyboard. Writes a line to the file descriptor in FIRST_FRAME_FD: the monotonic clock at that
+// time and the processor time that the program has used, both in nanoseconds. With a name in
+// FIRST_FRAME_FOCUS the widget of that name must have the keyboard, otherwise any window. With
+// FIRST_FRAME_STOP the program then stops, as by SIGSTOP, so that it can be looked at.
 #include <QApplication>
 #include <QWidget>
 

@@ -19,12 +19,15 @@ private slots:
     void cleanup() { m_world.reset(); }
 
     void makesTheDataFolderAndFindsEveryFileMissing();
+    void needsAManifestUntilOneHasCome();
     void logsWhenTheDataFolderCannotBeMade();
     void removesOnlyOldInstallers();
     void removesInstallersOnlyAtTheStart();
     void logsWhenTheDataFolderCannotBeListed();
     void neverStartsTheEngineBeforeALogin();
     void fillsInThePreviousUserAndGivesItTheKeyboard();
+    void leavesAFileInThePlaceOfTheDataFolderAlone();
+    void hearsNothingOfTheNetworkOnceItsWindowHasGone();
     void showsTheServersVersion();
     void asksForAnUpdateOfTheLauncherOnlyWhenTheVersionDiffers_data();
     void asksForAnUpdateOfTheLauncherOnlyWhenTheVersionDiffers();
@@ -62,11 +65,20 @@ void TestStartUp::makesTheDataFolderAndFindsEveryFileMissing()
     m_world->publish({{QStringLiteral("a"), "one"}, {QStringLiteral("b/c"), "two"}});
     QVERIFY(!QFile::exists(m_world->configuration.dataFolder));
     m_world->start();
-    QVERIFY(m_world->controller->needDownloadPatcher());
     QVERIFY(waitForCheck());
     QTRY_COMPARE(m_world->controller->patcher()->totalFiles(), 2);
     QTRY_VERIFY(QFile::exists(m_world->configuration.dataFolder));
     QCOMPARE(m_world->activationPolicy.requests(), QStringList{QStringLiteral("regular")});
+}
+
+void TestStartUp::needsAManifestUntilOneHasCome()
+{
+    m_world->server.route("/mac/patcher.json", TestReply::stalled("{}"));
+    m_world->start();
+    QVERIFY(m_world->server.waitForWaiting());
+    QVERIFY(m_world->controller->needDownloadPatcher());
+    m_world->server.release();
+    QTRY_VERIFY(!m_world->controller->needDownloadPatcher());
 }
 
 void TestStartUp::logsWhenTheDataFolderCannotBeMade()
@@ -132,6 +144,32 @@ void TestStartUp::fillsInThePreviousUserAndGivesItTheKeyboard()
     QVERIFY(QTest::qWaitForWindowActive(&m_world->window));
     QCOMPARE(m_world->view->accountIDField()->stringValue(), QStringLiteral("wren@qa"));
     QVERIFY(m_world->view->isPlayButtonEnabled());
+    m_world->view->passwordField()->setFocus();
+    m_world->controller->viewDidAppear();
+    QVERIFY(m_world->view->accountIDField()->hasFocus());
+}
+
+void TestStartUp::leavesAFileInThePlaceOfTheDataFolderAlone()
+{
+    m_world->folder.write(QStringLiteral("Quellmoor"), "mine");
+    m_world->controller->createApplicationSupportDir();
+    QCOMPARE(m_world->log.lines(), QStringList());
+    QCOMPARE(m_world->folder.read(QStringLiteral("Quellmoor")), QByteArray("mine"));
+}
+
+void TestStartUp::hearsNothingOfTheNetworkOnceItsWindowHasGone()
+{
+    m_world->network.flags = 0;
+    m_world->publish({});
+    m_world->start();
+    QTRY_COMPARE(m_world->newsLoads.size(), 1);
+    QTRY_COMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+    m_world->controller->viewWillDisappear();
+    m_world->network.changeTo(ReachabilitySource::Reachable);
+    QCoreApplication::processEvents();
+    QVERIFY(DispatchQueue::drain(20000));
+    QCOMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+    QCOMPARE(m_world->newsLoads.size(), 1);
 }
 
 void TestStartUp::showsTheServersVersion()

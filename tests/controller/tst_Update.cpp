@@ -4,6 +4,7 @@
 #include "TestMain.h"
 #include "patcher/VARNOPatcher.h"
 #include "platform/DispatchQueue.h"
+#include "ui/TextLabel.h"
 #include "ui/VARNOProgressView.h"
 
 #include <QFile>
@@ -29,6 +30,7 @@ private slots:
     void tellsBothFromAnyThread();
     void staysResponsiveUnderThousandsOfReports();
     void startsTheCurrentEngine();
+    void checksAgainAfterARunAndThenLaunches();
     void replacesTheEngineAtEachCheck();
     void bringsTheGameFolderUpToDateAndLaunches();
     void launchesAtOnceWhenEverythingIsValid();
@@ -145,6 +147,30 @@ void TestUpdate::startsTheCurrentEngine()
     m_world->controller->startThePatcher();
     QTRY_COMPARE(m_world->requestCount("/mac/a.bz2"), 1);
     QVERIFY(!m_world->view->swordsmenImage()->isHidden());
+    QCOMPARE(m_world->view->patcherProgressBar()->value(), 0.0);
+}
+
+void TestUpdate::checksAgainAfterARunAndThenLaunches()
+{
+    m_world->publish({}, {{QStringLiteral("exec"), QStringLiteral("nowhere")}});
+    m_world->start();
+    QTRY_VERIFY(!m_world->controller->needDownloadPatcher());
+    QVERIFY(DispatchQueue::drain(20000));
+    m_world->view->swordsmenImage()->setHidden(true);
+    m_world->view->patcherProgressBar()->setValue(0.5);
+    m_world->statuses.clear();
+    bool showsAnEmptyBar = false;
+    QObject::connect(m_world->view->findChild<TextLabel *>(QStringLiteral("statusLabel")),
+                     &TextLabel::stringValueChanged, &m_world->window, [&](const QString &text) {
+                         if (text == QStringLiteral("Checking for updates..."))
+                             showsAnEmptyBar = !m_world->view->swordsmenImage()->isHidden() &&
+                                               m_world->view->patcherProgressBar()->value() == 0.0;
+                     });
+    m_world->controller->patcherDidFinish();
+    QTRY_COMPARE(m_world->statuses,
+                 QStringList({QStringLiteral("Checking for updates..."),
+                              QStringLiteral("Launching the game..."), QStringLiteral("Login")}));
+    QVERIFY(showsAnEmptyBar);
 }
 
 void TestUpdate::replacesTheEngineAtEachCheck()
@@ -240,8 +266,12 @@ void TestUpdate::bringsTheGameOfTheEnvironment()
                           host + QStringLiteral("/mac/patcher.json"),
                           host + QStringLiteral("/mac/Quellmoor.bz2")}));
     QCOMPARE(m_world->logLines().filter(QStringLiteral("invalid")), QStringList());
+    const qsizetype before = m_world->requests().size();
     m_world->folder.write(QStringLiteral("Quellmoor/Game/go"), "");
     QTRY_COMPARE(m_world->status(), QStringLiteral("Login"));
+    QVERIFY(!m_world->controller->currentEnvironment());
+    QTRY_COMPARE(m_world->requests().mid(before),
+                 QStringList{QStringLiteral("GET download.localhost/mac/patcher.json")});
 }
 
 QUELLMOOR_TEST(TestUpdate, "Update")

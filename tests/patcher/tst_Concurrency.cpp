@@ -80,7 +80,7 @@ class TestConcurrency : public QObject
     Q_OBJECT
 
 private slots:
-    void finishesEachOfManyTinyRunsOnce();
+    void endsEachOfManyTinyRunsInTheSameWay();
     void runsAgainFromWithinTheFinish();
     void answersItsDelegateWithinEveryMessage_data();
     void answersItsDelegateWithinEveryMessage();
@@ -90,7 +90,7 @@ private slots:
     void endsAfterItsLastWorkWhenNobodyHoldsIt();
 };
 
-void TestConcurrency::finishesEachOfManyTinyRunsOnce()
+void TestConcurrency::endsEachOfManyTinyRunsInTheSameWay()
 {
     SelfServingHttpClient client(compressedPath);
     QStringList faults;
@@ -107,8 +107,11 @@ void TestConcurrency::finishesEachOfManyTinyRunsOnce()
         if (!lastReport.wait() || !client.waitUntilSilent())
             faults += u"run %1 does not end"_s.arg(run);
         TestEngine::waitForWrites();
-        if (engine.delegate->finishCount() != 1)
-            faults += engine.delegate->lines();
+        const QStringList lines = engine.delegate->linesOfWriting();
+        if (engine.delegate->finishCount() != 1 ||
+            !lines.value(lines.size() - 2).startsWith(u"finished") ||
+            !lines.constLast().startsWith(u"written %1/%1 "_s.arg(count)))
+            faults += lines;
     }
     QCOMPARE(faults, QStringList());
 }

@@ -1,11 +1,16 @@
 #!/usr/bin/python3
 """The options of the launcher, without a display."""
 
+import bz2
+import functools
+import json
+import os
 import re
+import subprocess
 from pathlib import Path
-from typing import Mapping, Optional
+from typing import BinaryIO, Mapping, Optional
 
-from harness import case, games, trace
+from harness import case, games, hosts, settings, trace
 
 MISTAKES = (
     ("--verify", "--update"), ("--verify", "--nonsense"), ("--update", "--nonsense=1"),
@@ -14,6 +19,14 @@ MISTAKES = (
     ("--verify", "--environment", "qa", "--update"))
 NOT_PART_OF_A_HOST = ("qa/", "a/../b", "evil.example:443/", "@evil.example", "a b", "ä", "a%2fb",
                       "?", "#", "a:1", "qa\n", "\\", "[::1]")
+
+
+def _read_terminal(reading: BinaryIO) -> bytes:
+    """What came; nothing once nobody has the terminal open."""
+    try:
+        return reading.read(4096)
+    except OSError:
+        return b""
 
 
 class CommandLine(case.SystemTest):
@@ -91,6 +104,25 @@ class CommandLine(case.SystemTest):
         outcome = self.ends(self.player.update(), case.VALID)
         self.assertNotRegex(outcome.output, r"[\x1b\r]")
         self.assertEqual(len(re.findall(r"^Updating file \d+ of 40: ", outcome.output, re.M)), 40)
+
+    def test_progress_on_a_terminal_is_one_line_that_changes(self) -> None:
+        name = "data/100%1 %4.bin"
+        right = os.urandom(400_000)
+        packed = self.player.root / "packed"
+        packed.write_bytes(bz2.compress(right))
+        document = games.manifest({name: games.short_hash(right), "../out": "0123456"})
+        self.hosts.fail({"path": hosts.MANIFEST, "fault": {"body": json.dumps(document)}},
+                        {"path": "*", "fault": {"file": str(packed), "rate": 500_000}})
+        outside, terminal = os.openpty()
+        with open(outside, "rb", buffering=0) as reading, subprocess.Popen(
+                [str(settings.launcher()), "--update"], env=self.player.environment(),
+                stdin=subprocess.DEVNULL, stdout=terminal) as process:
+            os.close(terminal)
+            shown = b"".join(iter(functools.partial(_read_terminal, reading), b"")).decode()
+        self.assertEqual(process.returncode, case.INVALID)
+        self.assertRegex(shown, r"\r\x1b\[KUpdating file 1 of 1: 100%1 %4\.bin "
+                                r"\[\d+\.\d/\d+\.\d MB @ \d+\.\d MB/s\]")
+        self.assertRegex(shown, r"(?m)^1 of 1 files valid")
 
     def test_an_output_that_nobody_reads_does_not_stop_an_update(self) -> None:
         with self.player.start("--update") as process:

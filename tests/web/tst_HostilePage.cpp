@@ -104,8 +104,7 @@ void TestHostilePage::initTestCase()
     serveTraps();
     m_configuration.accountHost = QStringLiteral("localhost:%1").arg(m_server.port());
     m_configuration.extraCertificateFile = Certificates::shared().authorityFile();
-    m_view.reset(
-        qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher"))));
+    m_view.reset(qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher"))));
     m_view->setServices({m_configuration, m_httpClient, *m_workspace, m_alerts,
                          m_localAuthentication, [] {}, makeNewsPage});
     m_server.route("/launcher/", html("<title>quiet</title>"));
@@ -127,10 +126,11 @@ void TestHostilePage::serveTraps()
 {
     m_server.route("/picture.png",
                    TestReply::whole(largePicture(), 200, {{"Content-Type", "image/png"}}));
-    m_server.route("/attachment",
-                   TestReply::whole("x", 200,
-                                    {{"Content-Disposition",
-                                      "attachment; filename=\"../../.config/autostart/x.desktop\""}}));
+    m_server.route(
+        "/attachment",
+        TestReply::whole("x", 200,
+                         {{"Content-Disposition",
+                           "attachment; filename=\"../../.config/autostart/x.desktop\""}}));
 }
 
 void TestHostilePage::show(const QByteArray &page, const QString &title)
@@ -154,7 +154,8 @@ void TestHostilePage::getsNothingButItsLinksOut_data()
     row("scripted navigation", "", "location.href = '/elsewhere';", link);
     row("javascript:", "<a id=a href=\"javascript:void(document.body.innerHTML='x')\">a</a>",
         "document.getElementById('a').click(); location.href = 'javascript:void(0)';", none);
-    row("file:", "<a id=a href=\"file:///etc/passwd\">a</a><iframe src=\"file:///etc/passwd\"></iframe>",
+    row("file:",
+        "<a id=a href=\"file:///etc/passwd\">a</a><iframe src=\"file:///etc/passwd\"></iframe>",
         "document.getElementById('a').click(); window.open('file:///etc/passwd');", none);
     row("data:", "<a id=a href=\"data:text/html,x\">a</a>",
         "document.getElementById('a').click(); window.open('data:text/html,x');", none);
