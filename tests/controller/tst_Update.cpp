@@ -160,8 +160,9 @@ void TestUpdate::checksAgainAfterARunAndThenLaunches()
     m_world->view->patcherProgressBar()->setValue(0.5);
     m_world->statuses.clear();
     bool showsAnEmptyBar = false;
+    const QObject untilTheEnd;
     QObject::connect(m_world->view->findChild<TextLabel *>(QStringLiteral("statusLabel")),
-                     &TextLabel::stringValueChanged, &m_world->window, [&](const QString &text) {
+                     &TextLabel::stringValueChanged, &untilTheEnd, [&](const QString &text) {
                          if (text == QStringLiteral("Checking for updates..."))
                              showsAnEmptyBar = !m_world->view->swordsmenImage()->isHidden() &&
                                                m_world->view->patcherProgressBar()->value() == 0.0;
