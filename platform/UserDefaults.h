@@ -20,8 +20,9 @@ class UserDefaults
 public:
     using Value = std::variant<QString, Date, bool, QByteArray>;
 
-    // A database that is damaged is set aside under its name plus ".bad" and logged; the settings
-    // then start empty. The file and its folder are made by the first save.
+    // A database that is damaged, or is not one of settings, is set aside under its name plus ".bad"
+    // and logged; the settings then start empty. Earlier ones set aside stay: the new one gets a
+    // number behind its name, up to ".bad.9". The file and its folder are made by the first save.
     explicit UserDefaults(QString path);
     // Saves what is unsaved.
     ~UserDefaults();
@@ -40,7 +41,8 @@ public:
     void remove(const QString &key);
 
     // Saves all changes since the last save in one transaction. After a failure they stay unsaved
-    // and go along with the next save; the failure is also logged.
+    // and go along with the next save; the failure is also logged. A database that turns out to be
+    // damaged is set aside, and a new one gets everything that is in memory.
     std::optional<Error> synchronize();
 
 private:

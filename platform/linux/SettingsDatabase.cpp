@@ -15,6 +15,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
 
 namespace SettingsDatabase {
 
@@ -23,6 +25,25 @@ namespace {
 using Value = UserDefaults::Value;
 
 enum Type { String = 0, DateType = 1, Boolean = 2, Data = 3 };
+
+// The last file set aside takes the place of the one before when there are so many.
+constexpr int MostSetAside = 9;
+
+const auto Table =
+    QStringLiteral("defaults (key TEXT PRIMARY KEY, type INTEGER NOT NULL, value) WITHOUT ROWID");
+
+bool isDamage(const QSqlError &error)
+{
+    constexpr int Unreadable = 1; // what we ask is right, so it is the schema
+    constexpr int FormatForReadingOnly = 8;
+    constexpr int Corrupt = 11;
+    constexpr int NotADatabase = 26;
+    // Variants of "read only" speak of the folder or of another process.
+    const int code = error.nativeErrorCode().toInt();
+    const int kind = code & 0xff;
+    return code == FormatForReadingOnly || kind == Unreadable || kind == Corrupt ||
+           kind == NotADatabase;
+}
 
 // A connection of Qt's belongs to one thread; this one lives for one load or save.
 class Connection
@@ -34,9 +55,7 @@ public:
     {
         m_database.setDatabaseName(path);
         m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
-        m_isOpen = m_database.open() &&
-                   execute(QStringLiteral("CREATE TABLE IF NOT EXISTS defaults (key TEXT PRIMARY "
-                                          "KEY, type INTEGER NOT NULL, value) WITHOUT ROWID"));
+        m_isOpen = m_database.open() || fail(m_database.lastError());
     }
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
@@ -48,8 +67,10 @@ public:
     }
 
     [[nodiscard]] bool isOpen() const { return m_isOpen; }
-    [[nodiscard]] QSqlDatabase &database() { return m_database; }
+    [[nodiscard]] QSqlQuery makeQuery() const { return QSqlQuery(m_database); }
     [[nodiscard]] const QSqlError &lastError() const { return m_lastError; }
+    // Whether the file is not what a save leaves behind, rather than out of reach or locked.
+    [[nodiscard]] bool isDamaged() const { return m_isUnsound || isDamage(m_lastError); }
 
     bool execute(const QString &statement)
     {
@@ -57,19 +78,67 @@ public:
         return query.exec(statement) || fail(query.lastError());
     }
     bool execute(QSqlQuery &query) { return query.exec() || fail(query.lastError()); }
+    bool prepare(QSqlQuery &query, const QString &statement)
+    {
+        return query.prepare(statement) || fail(query.lastError());
+    }
     bool fail(const QSqlError &error)
     {
         m_lastError = error;
         return false;
     }
 
+    // Nothing when it cannot be asked; fails for a table that no save has made, since what such a
+    // table does with values is its own business.
+    std::optional<bool> hasTable()
+    {
+        QSqlQuery query(m_database);
+        if (!query.exec(QStringLiteral("SELECT sql FROM sqlite_master WHERE tbl_name='defaults'")))
+            return failed(query.lastError());
+        QStringList found;
+        while (query.next())
+            found += query.value(0).toString();
+        if (query.lastError().isValid())
+            return failed(query.lastError());
+        if (found.isEmpty() || found == QStringList(QStringLiteral("CREATE TABLE ") + Table))
+            return !found.isEmpty();
+        return unsound(QStringLiteral("its table is another"));
+    }
+
+    // Whether the file holds together. A flipped bit in a key, for one, shows nowhere else: the
+    // rows are then out of order, and a value saved later would stand beside the old one.
+    bool isSound()
+    {
+        QSqlQuery query(m_database);
+        if (!query.exec(QStringLiteral("PRAGMA integrity_check(1)")) || !query.next())
+            return fail(query.lastError());
+        const QString verdict = query.value(0).toString();
+        if (verdict == QStringLiteral("ok"))
+            return true;
+        unsound(verdict);
+        return false;
+    }
+
 private:
+    std::nullopt_t failed(const QSqlError &error)
+    {
+        fail(error);
+        return std::nullopt;
+    }
+
+    std::nullopt_t unsound(const QString &why)
+    {
+        m_isUnsound = true;
+        return failed(QSqlError(why));
+    }
+
     static inline std::atomic<int> s_count = 0;
 
     const QString m_name;
     QSqlDatabase m_database;
     QSqlError m_lastError;
     bool m_isOpen = false;
+    bool m_isUnsound = false;
 };
 
 struct Column
@@ -107,15 +176,25 @@ std::optional<Value> fromColumn(int type, const QVariant &value)
 
 std::optional<Values> read(Connection &connection)
 {
-    QSqlQuery query(connection.database());
+    const auto hasTable = connection.hasTable();
+    if (!hasTable)
+        return std::nullopt;
+    if (!*hasTable)
+        return Values();
+    if (!connection.isSound())
+        return std::nullopt;
+    QSqlQuery query = connection.makeQuery();
     query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT key, type, value FROM defaults"));
-    if (!connection.execute(query))
+    if (!connection.prepare(query, QStringLiteral("SELECT key, type, value FROM defaults")) ||
+        !connection.execute(query))
         return std::nullopt;
     Values values;
     while (query.next()) {
-        if (const auto value = fromColumn(query.value(1).toInt(), query.value(2)))
-            values.insert(query.value(0).toString(), *value);
+        const QVariant key = query.value(0);
+        const auto value = fromColumn(query.value(1).toInt(), query.value(2));
+        // The same letters as a blob would be another row than the one that a save replaces.
+        if (value && key.typeId() == QMetaType::QString)
+            values.insert(key.toString(), *value);
     }
     if (query.lastError().isValid() && !connection.fail(query.lastError()))
         return std::nullopt;
@@ -124,13 +203,19 @@ std::optional<Values> read(Connection &connection)
 
 bool write(Connection &connection, const Changes &changes)
 {
-    QSqlQuery insert(connection.database());
-    insert.prepare(QStringLiteral("INSERT OR REPLACE INTO defaults VALUES (?, ?, ?)"));
-    QSqlQuery remove(connection.database());
-    remove.prepare(QStringLiteral("DELETE FROM defaults WHERE key = ?"));
+    const auto hasTable = connection.hasTable();
+    if (!hasTable || (!*hasTable && !connection.execute(QStringLiteral("CREATE TABLE ") + Table)))
+        return false;
+    QSqlQuery insert = connection.makeQuery();
+    QSqlQuery remove = connection.makeQuery();
+    if (!connection.prepare(insert,
+                            QStringLiteral("INSERT OR REPLACE INTO defaults VALUES (?, ?, ?)")) ||
+        !connection.prepare(remove, QStringLiteral("DELETE FROM defaults WHERE key = ?")))
+        return false;
     for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
         QSqlQuery &query = change.value() ? insert : remove;
-        query.bindValue(0, change.key());
+        // A null text would become an SQL NULL, which is no key.
+        query.bindValue(0, change.key().isNull() ? QStringLiteral("") : change.key());
         if (change.value()) {
             const Column column = toColumn(*change.value());
             query.bindValue(1, int(column.type));
@@ -142,34 +227,44 @@ bool write(Connection &connection, const Changes &changes)
     return true;
 }
 
-// SQLite makes its files, and so the password's, readable for all that the umask allows.
-bool makePrivateFile(const QString &path)
+// SQLite makes its files, and so the password's, readable for all that the umask allows. The error
+// number, or 0.
+int makePrivateFile(const QString &path)
 {
     const QDir folder = QFileInfo(path).dir();
-    if (!folder.exists() && (!QDir().mkpath(folder.path()) ||
-                             chmod(QFile::encodeName(folder.path()).constData(), S_IRWXU) != 0))
-        return false;
+    if (!folder.exists()) {
+        if (const auto error = FileSystem::createDirectory(folder.path()))
+            return error->code;
+        if (chmod(QFile::encodeName(folder.path()).constData(), S_IRWXU) != 0)
+            return errno;
+    }
     const int file =
         open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file < 0)
-        return false;
-    const bool isPrivate = fchmod(file, S_IRUSR | S_IWUSR) == 0;
+        return errno;
+    const int number = fchmod(file, S_IRUSR | S_IWUSR) == 0 ? 0 : errno;
     close(file);
-    return isPrivate;
+    return number;
 }
 
-bool isDamage(const QSqlError &error)
+// Keeps a damaged file, which may hold the player's stored account, out of the way: as ".bad", or
+// with a number behind it when that is taken.
+void setAside(const QString &path)
 {
-    constexpr int Corrupt = 11;
-    constexpr int NotADatabase = 26;
-    const int code = error.nativeErrorCode().toInt() & 0xff;
-    return code == Corrupt || code == NotADatabase;
+    QString aside = path + QStringLiteral(".bad");
+    for (int number = 2; number <= MostSetAside && FileSystem::exists(aside); ++number)
+        aside = QStringLiteral("%1.bad.%2").arg(path).arg(number);
+    const QByteArray from = QFile::encodeName(path);
+    const QByteArray to = QFile::encodeName(aside);
+    if (chmod(from.constData(), S_IRUSR | S_IWUSR) != 0 ||
+        std::rename(from.constData(), to.constData()) != 0)
+        ErrorHandler::log(QStringLiteral("Cannot set %1 aside: %2").arg(path, qt_error_string()));
 }
 
-Error toError(const QString &path, const QSqlError &error)
+QString describe(const Connection &connection)
 {
-    return {QStringLiteral("Cannot save the settings in %1: %2").arg(path, error.text()),
-            error.nativeErrorCode().toInt()};
+    return connection.lastError().text() +
+           (connection.isDamaged() ? QStringLiteral("; it is set aside") : QString());
 }
 
 } // namespace
@@ -178,48 +273,60 @@ Values load(const QString &path)
 {
     if (!QFileInfo::exists(path))
         return {};
-    QSqlError error;
+    bool isDamaged = false;
     {
         Connection connection(path);
         if (connection.isOpen()) {
             if (auto values = read(connection))
                 return *values;
         }
-        error = connection.lastError();
-        if (!error.isValid())
-            error = connection.database().lastError();
+        isDamaged = connection.isDamaged();
+        ErrorHandler::log(
+            QStringLiteral("Cannot read the settings in %1: %2").arg(path, describe(connection)));
     }
-    ErrorHandler::log(QStringLiteral("Cannot read the settings in %1: %2").arg(path, error.text()));
-    if (isDamage(error)) {
-        const QString aside = path + QStringLiteral(".bad");
-        QFile::remove(aside);
-        QFile::rename(path, aside);
-    }
+    if (isDamaged)
+        setAside(path);
     return {};
 }
 
-std::optional<Error> save(const QString &path, const Changes &changes)
+namespace {
+
+struct Failure
 {
-    if (!makePrivateFile(path))
-        return Error{
-            QStringLiteral("Cannot save the settings in %1: %2").arg(path, qt_error_string(errno)),
-            errno};
+    Error error;
+    bool isDamage = false;
+};
+
+std::optional<Failure> trySaving(const QString &path, const Changes &changes)
+{
+    const auto text = QStringLiteral("Cannot save the settings in %1: %2");
+    if (const int number = makePrivateFile(path))
+        return Failure{{text.arg(path, qt_error_string(number)), number}};
     Connection connection(path);
-    if (!connection.isOpen())
-        return toError(path, connection.lastError().isValid() ? connection.lastError()
-                                                              : connection.database().lastError());
-    if (!connection.database().transaction())
-        return toError(path, connection.database().lastError());
-    if (!write(connection, changes)) {
-        connection.database().rollback();
-        return toError(path, connection.lastError());
+    // Statements, since Qt's own functions forget which error it was. The lock for writing comes
+    // first: one that is only asked for after reading is refused at once instead of waited for.
+    if (connection.isOpen() && connection.execute(QStringLiteral("BEGIN IMMEDIATE")) &&
+        write(connection, changes) && connection.execute(QStringLiteral("COMMIT")))
+        return std::nullopt;
+    return Failure{
+        {text.arg(path, describe(connection)), connection.lastError().nativeErrorCode().toInt()},
+        connection.isDamaged()};
+}
+
+} // namespace
+
+std::optional<Error> save(const QString &path, const Changes &changes, const Values &all)
+{
+    auto failure = trySaving(path, changes);
+    if (failure && failure->isDamage) {
+        ErrorHandler::log(failure->error);
+        setAside(path);
+        Changes everything;
+        for (auto value = all.cbegin(); value != all.cend(); ++value)
+            everything.insert(value.key(), value.value());
+        failure = trySaving(path, everything);
     }
-    if (!connection.database().commit()) {
-        const QSqlError error = connection.database().lastError();
-        connection.database().rollback();
-        return toError(path, error);
-    }
-    return std::nullopt;
+    return failure ? std::optional(failure->error) : std::nullopt;
 }
 
 } // namespace SettingsDatabase

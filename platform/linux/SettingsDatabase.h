@@ -9,11 +9,13 @@ namespace SettingsDatabase {
 using Values = QHash<QString, UserDefaults::Value>;
 using Changes = QHash<QString, std::optional<UserDefaults::Value>>;
 
-// A missing file is an empty one. A damaged one is renamed to `path` plus ".bad", logged, and
-// counts as empty.
+// A missing file is an empty one. A damaged one is set aside, logged, and counts as empty: it is
+// renamed to `path` plus ".bad", or ".bad.2" and so on while those are there. After ".bad.9" the
+// last one is replaced, so that the first, which may hold the most, stays.
 [[nodiscard]] Values load(const QString &path);
 
-// Applies all changes or none.
-std::optional<Error> save(const QString &path, const Changes &changes);
+// Applies all changes or none. When only now the file shows that it is damaged, it is set aside and
+// a new one is made with `all`, the settings as they are after the changes.
+std::optional<Error> save(const QString &path, const Changes &changes, const Values &all);
 
 } // namespace SettingsDatabase

@@ -61,13 +61,15 @@ std::optional<Error> UserDefaults::synchronize()
 {
     const std::lock_guard saving(m_saveMutex);
     QHash<QString, std::optional<Value>> changes;
+    QHash<QString, Value> values;
     {
         const std::lock_guard lock(m_mutex);
         changes = std::exchange(m_changes, {});
+        values = m_values;
     }
     if (changes.isEmpty())
         return std::nullopt;
-    const std::optional<Error> error = SettingsDatabase::save(m_path, changes);
+    const std::optional<Error> error = SettingsDatabase::save(m_path, changes, values);
     if (!error)
         return std::nullopt;
     ErrorHandler::log(error->localizedDescription);

@@ -30,15 +30,13 @@ private slots:
     void givesNothingForAValueOfAnotherType_data();
     void givesNothingForAValueOfAnotherType();
     void keepsKeysOfAnyText();
+    void takesANullKeyForAnEmptyOne();
     void replacesAValueByOneOfAnotherType();
     void removesAValueForGood();
     void savesWhatIsUnsavedWhenItGoes();
     void makesAPrivateFileInAPrivateFolder();
     void leavesTheModeOfAFolderThatIsThere();
     void takesTheRightsOfOthersFromAnOldFile();
-    void setsADamagedFileAside_data();
-    void setsADamagedFileAside();
-    void replacesAnEarlierDamagedFile();
     void keepsTheOldFileWhenTheDiskIsFullAndSavesLater();
     void keepsChangesForLaterWhenTheFolderCannotBeWritten();
     void prefersANewerChangeToOneThatCouldNotBeSaved();
@@ -188,6 +186,13 @@ void TestUserDefaults::keepsKeysOfAnyText()
         QCOMPARE(defaults.string(key), QString::number(keys.indexOf(key)));
 }
 
+void TestUserDefaults::takesANullKeyForAnEmptyOne()
+{
+    const TestFolder folder;
+    setAndSave(folder, QString(), QStringLiteral("value"));
+    QCOMPARE(onDisk(folder, QStringLiteral("")), QStringLiteral("string value"));
+}
+
 void TestUserDefaults::replacesAValueByOneOfAnotherType()
 {
     const TestFolder folder;
@@ -250,56 +255,6 @@ void TestUserDefaults::takesTheRightsOfOthersFromAnOldFile()
     folder.setMode(File, 0666);
     setAndSave(folder, Key, false);
     QCOMPARE(modeOf(folder.path(File)), 0600U);
-}
-
-void TestUserDefaults::setsADamagedFileAside_data()
-{
-    QTest::addColumn<std::function<QByteArray(QByteArray)>>("damage");
-    using Damage = std::function<QByteArray(QByteArray)>;
-    QTest::newRow("another format")
-        << Damage([](QByteArray) { return QByteArray("[General]\nprevUser=ann\n").repeated(100); });
-    QTest::newRow("cut short") << Damage([](QByteArray bytes) { return bytes.left(10'000); });
-    QTest::newRow("a head of zeros")
-        << Damage([](QByteArray bytes) { return bytes.replace(0, 100, QByteArray(100, '\0')); });
-    QTest::newRow("pages overwritten") << Damage([](QByteArray bytes) {
-        return bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, '\xee'));
-    });
-}
-
-void TestUserDefaults::setsADamagedFileAside()
-{
-    QFETCH(std::function<QByteArray(QByteArray)>, damage);
-    const TestFolder folder;
-    {
-        UserDefaults defaults(folder.path(File));
-        for (int i = 0; i < 1000; ++i)
-            defaults.set(QStringLiteral("key %1").arg(i), QStringLiteral("value"));
-    }
-    const QByteArray damaged = damage(*folder.read(File));
-    folder.write(File, damaged);
-    {
-        const LogCapture log;
-        UserDefaults defaults(folder.path(File));
-        QVERIFY(!defaults.contains(QStringLiteral("key 1")));
-        QCOMPARE(log.lines().size(), 1);
-        QVERIFY(log.lines().first().contains(folder.path(File)));
-        defaults.set(Key, true);
-        QVERIFY(!defaults.synchronize());
-    }
-    QVERIFY(folder.read(File + QStringLiteral(".bad")) == damaged);
-    QCOMPARE(folder.tree().size(), 2);
-    QCOMPARE(onDisk(folder), QStringLiteral("true"));
-}
-
-void TestUserDefaults::replacesAnEarlierDamagedFile()
-{
-    const TestFolder folder;
-    folder.write(File + QStringLiteral(".bad"), "older");
-    folder.write(File, "no database, but long enough to be asked what it is");
-    const UserDefaults defaults(folder.path(File));
-    QCOMPARE(folder.tree(),
-             QStringList{File + QStringLiteral(
-                                    ".bad=no database, but long enough to be asked what it is")});
 }
 
 void TestUserDefaults::keepsTheOldFileWhenTheDiskIsFullAndSavesLater()
