@@ -13,19 +13,6 @@ Q_DECLARE_METATYPE(Contents)
 
 namespace {
 
-// The library's own call for whole buffers.
-Contents reference(QByteArray compressed, qsizetype roomForContents = 4'000'000)
-{
-    QByteArray contents(roomForContents, Qt::Uninitialized);
-    auto size = unsigned(contents.size());
-    const int status = BZ2_bzBuffToBuffDecompress(contents.data(), &size, compressed.data(),
-                                                  unsigned(compressed.size()), 0, 0);
-    if (status != BZ_OK)
-        return std::nullopt;
-    contents.truncate(qsizetype(size));
-    return contents;
-}
-
 const QByteArray &smallStream()
 {
     static const QByteArray stream = compressBzip2("the quick brown fox");
@@ -171,7 +158,7 @@ void TestBzip2::agreesWithTheLibraryForEveryFlippedBit()
     for (qsizetype bit = 0; bit < smallStream().size() * 8; ++bit) {
         QByteArray stream = smallStream();
         stream[bit / 8] = char(stream[bit / 8] ^ 1 << bit % 8);
-        if (decompressBzip2(stream) != reference(stream))
+        if (decompressBzip2(stream) != bzip2Reference(stream).contents)
             different += bit;
     }
     QCOMPARE(different, QList<qsizetype>());
@@ -184,7 +171,7 @@ void TestBzip2::agreesWithTheLibraryForEveryChangedByte()
         for (int value = 0; value < 256; value += 5) {
             QByteArray stream = smallStream();
             stream[at] = char(value);
-            if (decompressBzip2(stream) != reference(stream))
+            if (decompressBzip2(stream) != bzip2Reference(stream).contents)
                 different += at;
         }
     }
@@ -206,7 +193,7 @@ void TestBzip2::agreesWithTheLibraryForNoise()
     QList<unsigned> different;
     for (unsigned seed = 0; seed < 500; ++seed) {
         const QByteArray stream = start + noise(seed % 100, seed);
-        if (decompressBzip2(stream) != reference(stream))
+        if (decompressBzip2(stream) != bzip2Reference(stream).contents)
             different += seed;
     }
     QCOMPARE(different, QList<unsigned>());

@@ -1,3 +1,4 @@
+#include "CompressBzip2.h"
 #include "TestMain.h"
 #include "patcher/Bzip2.h"
 #include "patcher/Bzip2Blocks.h"
@@ -5,23 +6,12 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-#include <bzlib.h>
-
 namespace {
 
 constexpr int TwoThreads = 2;
 constexpr int SmallestBlocks = 1; // of 100,000 bytes
 
-QByteArray compress(const QByteArray &contents, int level = SmallestBlocks)
-{
-    QByteArray result(contents.size() + contents.size() / 50 + 700, Qt::Uninitialized);
-    auto size = unsigned(result.size());
-    QByteArray input = contents;
-    BZ2_bzBuffToBuffCompress(result.data(), &size, input.data(), unsigned(input.size()), level, 0,
-                             0);
-    result.truncate(qsizetype(size));
-    return result;
-}
+QByteArray compress(const QByteArray &contents) { return compressBzip2(contents, SmallestBlocks); }
 
 // Compresses to about half, like a game's files.
 QByteArray sampleContents(qsizetype size, quint32 seed = 1)
