@@ -10,5 +10,5 @@ option(QUELLMOOR_WITH_WEBENGINE "Show the news page with Qt WebEngine instead of
 option(QUELLMOOR_TOOLS "Build the sample game" ON)
 option(QUELLMOOR_TESTS "Build the tests" ON)
 option(QUELLMOOR_BENCH "Build the benchmarks" OFF)
-set(QUELLMOOR_SANITIZER "" CACHE STRING "address or thread: build everything under that sanitizer")
-set_property(CACHE QUELLMOOR_SANITIZER PROPERTY STRINGS "" address thread)
+set(QUELLMOOR_SANITIZER "" CACHE STRING "address or thread: build everything under that sanitizer; fuzzer: address, and the fuzz targets with libFuzzer")
+set_property(CACHE QUELLMOOR_SANITIZER PROPERTY STRINGS "" address thread fuzzer)

@@ -14,6 +14,20 @@ constexpr int FirstFailureStatus = 400;
 
 } // namespace
 
+Fetched parse(const QByteArray &bytes, const QString &url)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return {Fetched::Outcome::Unparsable,
+                {},
+                Error{QStringLiteral("The manifest at %1 is not valid JSON: %2 at byte %3.")
+                          .arg(url, parseError.errorString())
+                          .arg(parseError.offset),
+                      parseError.error}};
+    return {Fetched::Outcome::Parsed, document.object(), {}};
+}
+
 Fetched fetch(HttpClient &httpClient, const QString &url)
 {
     const HttpClient::Contents contents =
@@ -25,17 +39,7 @@ Fetched fetch(HttpClient &httpClient, const QString &url)
             Fetched::Outcome::NoData,
             {},
             Error{QStringLiteral("The server answered %1.").arg(contents.status), contents.status}};
-
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(*contents.data, &parseError);
-    if (parseError.error != QJsonParseError::NoError)
-        return {Fetched::Outcome::Unparsable,
-                {},
-                Error{QStringLiteral("The manifest at %1 is not valid JSON: %2 at byte %3.")
-                          .arg(url, parseError.errorString())
-                          .arg(parseError.offset),
-                      parseError.error}};
-    return {Fetched::Outcome::Parsed, document.object(), {}};
+    return parse(*contents.data, url);
 }
 
 } // namespace Manifest

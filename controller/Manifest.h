@@ -23,6 +23,9 @@ struct Fetched
     std::optional<Error> error;
 };
 
+// What the bytes of the manifest at that URL say; never NoData. Any thread.
+[[nodiscard]] Fetched parse(const QByteArray &bytes, const QString &url);
+
 // Reads the manifest and waits for it; never on the main thread. A status of 400 or more counts as
 // no data.
 [[nodiscard]] Fetched fetch(HttpClient &httpClient, const QString &url);

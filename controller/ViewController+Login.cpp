@@ -3,6 +3,7 @@
 #include "account/VARNOPostHelper.h"
 #include "app/Configuration.h"
 #include "app/ErrorHandler.h"
+#include "controller/LoginReply.h"
 #include "controller/ViewController.h"
 #include "platform/AlertPresenter.h"
 #include "platform/Alerts.h"
@@ -10,46 +11,6 @@
 #include "platform/UserDefaults.h"
 #include "ui/LauncherView.h"
 #include "ui/TextField.h"
-
-#include <QJsonDocument>
-#include <QRegularExpression>
-
-#include <cmath>
-
-namespace {
-
-constexpr qint64 TwoStepTokenRequired = 3;
-constexpr qint64 LoggedIn = 7;
-
-// How the platform prints an object that is not there.
-const auto NullText = QStringLiteral("(null)");
-
-// Numbers given as strings count; a string counts as the number it begins with, or 0.
-std::optional<qint64> integerOf(const QJsonValue &value)
-{
-    if (value.isBool())
-        return value.toBool() ? 1 : 0;
-    if (value.isDouble()) {
-        constexpr double limit = 9.2e18; // beyond it lies nothing that fits in 64 bits
-        const double number = value.toDouble();
-        return std::abs(number) < limit ? value.toInteger(qint64(number)) : 0;
-    }
-    if (!value.isString())
-        return std::nullopt;
-    static const QRegularExpression leadingInteger(QStringLiteral("\\A\\s*([+-]?[0-9]+)"));
-    return leadingInteger.match(value.toString()).captured(1).toLongLong();
-}
-
-std::optional<QString> textOf(const QJsonValue &value)
-{
-    if (value.isString())
-        return value.toString();
-    if (value.isDouble() || value.isBool())
-        return value.toVariant().toString();
-    return std::nullopt;
-}
-
-} // namespace
 
 void ViewController::loginUsername(const QString &username, const QString &password)
 {
@@ -122,32 +83,30 @@ void ViewController::parseLoginData(const std::optional<QByteArray> &data,
         m_launcherView.setPlayButtonEnabled(true);
         return;
     }
-    takeLoginReply(QJsonDocument::fromJson(*data).object());
+    takeLoginReply(LoginReply::parse(*data));
 }
 
-void ViewController::takeLoginReply(const QJsonObject &reply)
+void ViewController::takeLoginReply(const LoginReply &reply)
 {
-    const auto status = integerOf(reply[QStringLiteral("status")]);
-    if (!status) {
+    if (!reply.status) {
         m_launcherView.setPlayButtonEnabled(true);
         return;
     }
-    const QString message = textOf(reply[QStringLiteral("message")]).value_or(NullText);
-    const QString text = QStringLiteral("50%1: %2").arg(QString::number(*status), message);
+    const QString text = reply.statusText();
     m_launcherView.setStatus(text);
 
-    if (*status == LoggedIn) {
+    if (*reply.status == LoginReply::LoggedIn) {
         loginSucceeded(reply);
         return;
     }
-    if (*status == TwoStepTokenRequired) {
+    if (*reply.status == LoginReply::TwoStepTokenRequired) {
         DispatchQueue::main()->async(
             [self = shared_from_this(), text] { self->showTwoStepAuthenticationAlertWith(text); });
     }
     m_launcherView.setPlayButtonEnabled(true);
 }
 
-void ViewController::loginSucceeded(const QJsonObject &reply)
+void ViewController::loginSucceeded(const LoginReply &reply)
 {
     m_services.userDefaults.set(QStringLiteral("prevUser"),
                                 m_launcherView.accountIDField()->stringValue());
@@ -156,8 +115,8 @@ void ViewController::loginSucceeded(const QJsonObject &reply)
         ->async([self = shared_from_this()] { self->m_services.userDefaults.synchronize(); });
     {
         const std::lock_guard lock(m_mutex);
-        m_playCookie = textOf(reply[QStringLiteral("token")]);
-        m_gameserver = textOf(reply[QStringLiteral("gameserver")]);
+        m_playCookie = reply.token;
+        m_gameserver = reply.gameserver;
     }
     m_launcherView.setStatus(QStringLiteral("Checking for updates..."));
     m_launcherView.swordsmenImage()->setHidden(false);

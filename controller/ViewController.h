@@ -33,6 +33,7 @@ class VARNOPostHelper;
 class Workspace;
 struct Configuration;
 struct Error;
+struct LoginReply;
 
 // What the controller works with; everything outlives it.
 struct ControllerServices
@@ -161,8 +162,8 @@ private:
     void checkAgain();
     void setPlayable(bool isPlayable);
     void watchNetwork();
-    void takeLoginReply(const QJsonObject &reply);
-    void loginSucceeded(const QJsonObject &reply);
+    void takeLoginReply(const LoginReply &reply);
+    void loginSucceeded(const LoginReply &reply);
     void offerStoredCredentials();
     void hideWhileGameRuns();
     void returnFromGame();
