@@ -20,9 +20,10 @@ class UserDefaults
 public:
     using Value = std::variant<QString, Date, bool, QByteArray>;
 
-    // A database that is damaged, or is not one of settings, is set aside under its name plus ".bad"
-    // and logged; the settings then start empty. Earlier ones set aside stay: the new one gets a
-    // number behind its name, up to ".bad.9". The file and its folder are made by the first save.
+    // A database that is damaged, or is not one of settings, is set aside under its name plus
+    // ".bad" and logged; the settings then start empty. Earlier ones set aside stay: the new one
+    // gets a number behind its name, up to ".bad.9". The file and its folder are made by the first
+    // save.
     explicit UserDefaults(QString path);
     // Saves what is unsaved.
     ~UserDefaults();

@@ -176,13 +176,11 @@ std::optional<Value> fromColumn(int type, const QVariant &value)
 
 std::optional<Values> read(Connection &connection)
 {
-    const auto hasTable = connection.hasTable();
+    const auto hasTable = connection.isSound() ? connection.hasTable() : std::nullopt;
     if (!hasTable)
         return std::nullopt;
     if (!*hasTable)
         return Values();
-    if (!connection.isSound())
-        return std::nullopt;
     QSqlQuery query = connection.makeQuery();
     query.setForwardOnly(true);
     if (!connection.prepare(query, QStringLiteral("SELECT key, type, value FROM defaults")) ||
