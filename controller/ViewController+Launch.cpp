@@ -47,8 +47,10 @@ void ViewController::runGame(const QString &executable)
         ErrorHandler::log(*error);
     else
         hideWhileGameRuns();
-    task.waitUntilExit();
-
+    {
+        const DispatchQueue::OutsideWait theGameGoesOn;
+        task.waitUntilExit();
+    }
     m_hasReturnedFromGame = true;
 }
 

@@ -31,8 +31,20 @@ public:
     static std::shared_ptr<DispatchQueue> makeConcurrent(const QString &label,
                                                          QualityOfService qualityOfService);
 
-    // Waits until no block runs or waits on any pool, at most that long. True when that came true.
-    // For the end of the process only.
+    // While it lives, the block that made it does no work of its own: it only waits for something
+    // that goes on without this process, so that nothing is lost when the process ends meanwhile.
+    // Made and destroyed in one block, which is none of the main queue's.
+    class OutsideWait
+    {
+    public:
+        OutsideWait();
+        ~OutsideWait();
+        OutsideWait(const OutsideWait &) = delete;
+        OutsideWait &operator=(const OutsideWait &) = delete;
+    };
+
+    // Waits until every block on all pools has ended or is in an OutsideWait, at most that long.
+    // True when all have ended. For the end of the process only.
     static bool drain(int milliseconds);
 
     virtual void async(Block block) = 0;

@@ -53,15 +53,29 @@ public:
         m_threads.start([this] { runNext(); });
     }
 
-    bool waitUntilIdle(std::chrono::milliseconds limit)
+    // True when nothing is left at all.
+    bool waitUntilNobodyWorks(std::chrono::milliseconds limit)
     {
         std::unique_lock lock(m_mutex);
-        return m_isIdle.wait_for(lock, limit, [this] { return m_unfinished == 0; });
+        m_changed.wait_for(lock, limit, [this] { return m_unfinished == m_waitingOutside; });
+        return m_unfinished == 0;
     }
+
+    // Says that a block waits outside (1) or no longer does (-1).
+    void addWaitingOutside(int number)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_waitingOutside += number;
+        m_changed.notify_all();
+    }
+
+    // The one whose block runs on this thread.
+    static Pool *current() { return s_current; }
 
 private:
     void runNext()
     {
+        s_current = this;
         std::unique_lock lock(m_mutex);
         DispatchQueue::Block block = std::move(m_blocks.front());
         m_blocks.pop_front();
@@ -69,16 +83,21 @@ private:
         block();
         block = nullptr; // what it holds goes before anybody is told that it has ended
         lock.lock();
-        if (--m_unfinished == 0)
-            m_isIdle.notify_all();
+        --m_unfinished;
+        m_changed.notify_all();
     }
+
+    static thread_local Pool *s_current;
 
     QThreadPool m_threads;
     std::mutex m_mutex; // guards everything below
-    std::condition_variable m_isIdle;
+    std::condition_variable m_changed;
     std::deque<DispatchQueue::Block> m_blocks;
     qint64 m_unfinished = 0;
+    qint64 m_waitingOutside = 0;
 };
+
+thread_local Pool *Pool::s_current = nullptr;
 
 // The pools are never destroyed: their destructor would wait for a game that outlives the launcher.
 Pool &pool(QualityOfService qualityOfService)
@@ -184,11 +203,16 @@ std::shared_ptr<DispatchQueue> DispatchQueue::makeConcurrent(const QString &labe
     return std::make_shared<ConcurrentQueue>(label, qualityOfService);
 }
 
+DispatchQueue::OutsideWait::OutsideWait() { Pool::current()->addWaitingOutside(1); }
+
+DispatchQueue::OutsideWait::~OutsideWait() { Pool::current()->addWaitingOutside(-1); }
+
 bool DispatchQueue::drain(int milliseconds)
 {
     const QDeadlineTimer deadline(milliseconds);
     bool isIdle = true;
     for (const QualityOfService level : AllLevels)
-        isIdle &= pool(level).waitUntilIdle(std::chrono::milliseconds(deadline.remainingTime()));
+        isIdle &=
+            pool(level).waitUntilNobodyWorks(std::chrono::milliseconds(deadline.remainingTime()));
     return isIdle;
 }

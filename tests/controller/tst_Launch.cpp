@@ -3,6 +3,7 @@
 #include "TestMain.h"
 #include "platform/DispatchQueue.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonObject>
@@ -34,6 +35,7 @@ private slots:
     void returnsWhenTheShellIsKilled();
     void runsNothingForValuesThatAreMissing();
     void leavesNoZombie();
+    void keepsNobodyWaitingWhoEndsTheProcess();
     void refusesAnExecutableOutsideTheGameFolder_data();
     void refusesAnExecutableOutsideTheGameFolder();
     void returnsWhenThereIsNoGameFolder();
@@ -260,6 +262,19 @@ void TestLaunch::leavesNoZombie()
         m_world->folder.read(QStringLiteral("Quellmoor/Game/shell")).value_or("").trimmed();
     QVERIFY(!shell.isEmpty());
     QVERIFY(!QFile::exists(QStringLiteral("/proc/") + QString::fromLatin1(shell)));
+}
+
+void TestLaunch::keepsNobodyWaitingWhoEndsTheProcess()
+{
+    launch(WaitForGo);
+    QTRY_VERIFY(m_world->folder.read(Started));
+    constexpr int limit = 20000;
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!DispatchQueue::drain(limit));
+    QVERIFY(clock.elapsed() < limit / 2);
+    m_world->folder.write(Go, "");
+    QTRY_COMPARE(returnCount(), 1);
 }
 
 void TestLaunch::refusesAnExecutableOutsideTheGameFolder_data()

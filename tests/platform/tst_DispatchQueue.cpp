@@ -2,6 +2,7 @@
 #include "TestMain.h"
 #include "platform/DispatchQueue.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 #include <QThread>
 
@@ -31,6 +32,7 @@ private slots:
     void runsTheMainQueueInOrderOnTheMainThreadLater();
     void knowsLabelAndKind();
     void drainsOnlyWhenNothingRunsOrWaits();
+    void drainsWithoutWhoOnlyWaitsOutside();
 };
 
 namespace {
@@ -303,6 +305,33 @@ void TestDispatchQueue::drainsOnlyWhenNothingRunsOrWaits()
     raise(hold, 3);
     QVERIFY(DispatchQueue::drain(Limit));
     QCOMPARE(ended.load(), 3);
+}
+
+void TestDispatchQueue::drainsWithoutWhoOnlyWaitsOutside()
+{
+    Signal isOutside;
+    Signal endOutside;
+    DispatchQueue::global(QualityOfService::High)->async([&] {
+        const DispatchQueue::OutsideWait wait;
+        isOutside.raise();
+        waitFor(endOutside, 1);
+    });
+    QVERIFY(isOutside.wait());
+    Signal endWork;
+    std::atomic<bool> isWorkDone = false;
+    DispatchQueue::global(QualityOfService::High)->async([&] {
+        waitFor(endWork, 1);
+        isWorkDone = true;
+    });
+    QVERIFY(!DispatchQueue::drain(50));
+    QElapsedTimer clock;
+    clock.start();
+    endWork.raise();
+    QVERIFY(!DispatchQueue::drain(Limit));
+    QVERIFY(isWorkDone);
+    QVERIFY(clock.elapsed() < Limit / 2);
+    endOutside.raise();
+    QTRY_VERIFY(DispatchQueue::drain(Limit));
 }
 
 QUELLMOOR_TEST(TestDispatchQueue, "DispatchQueue")
