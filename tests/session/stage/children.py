@@ -10,7 +10,7 @@ import subprocess
 import time
 from contextlib import ExitStack
 from pathlib import Path
-from typing import Mapping, Optional, Sequence
+from typing import Any, Mapping, Optional, Sequence
 
 from harness import isolation
 
@@ -48,7 +48,7 @@ class Services:
         self._ending.close()
 
 
-def end(process: subprocess.Popen[bytes]) -> None:
+def end(process: subprocess.Popen[Any]) -> None:
     """Asks the process to end, and insists."""
     if process.poll() is not None:
         return

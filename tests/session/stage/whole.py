@@ -8,8 +8,8 @@ import subprocess
 import tempfile
 from contextlib import ExitStack
 from pathlib import Path
-from types import TracebackType
-from typing import Any, Optional
+from types import MappingProxyType, TracebackType
+from typing import Any, Mapping, Optional
 
 from harness import hosts, settings
 from harness.player import Player as Home
@@ -95,8 +95,10 @@ class Stage:
             own["QTWEBENGINE_DISABLE_SANDBOX"] = "1"  # its sandbox refuses to work for root
         return own
 
-    def start_launcher(self, *words: str) -> Launcher:
-        launcher = Launcher(self.environment(), self.display, self.bus, self.logs,
+    def start_launcher(self, *words: str,
+                       more: Mapping[str, str] = MappingProxyType({})) -> Launcher:
+        """With these words on its command line, and `more` in its environment."""
+        launcher = Launcher({**self.environment(), **more}, self.display, self.bus, self.logs,
                             len(self._launchers) + 1, words)
         self._launchers.append(launcher)
         return launcher
