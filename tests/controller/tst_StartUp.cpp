@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QJsonObject>
+#include <QScreen>
 #include <QTest>
 
 class TestStartUp : public QObject
@@ -21,6 +22,7 @@ private slots:
     void makesTheDataFolderAndFindsEveryFileMissing();
     void needsAManifestUntilOneHasCome();
     void logsWhenTheDataFolderCannotBeMade();
+    void putsTheWindowInTheMiddle();
     void removesOnlyOldInstallers();
     void removesInstallersOnlyAtTheStart();
     void logsWhenTheDataFolderCannotBeListed();
@@ -39,6 +41,7 @@ private slots:
     void runsTheCompletionAfterTheCheckOnTheMainThread();
     void asksAgainEachTimeTheNetworkReturnsWhenItWasAwayAtTheStart();
     void neverAsksAgainWhenTheNetworkWasThereAtTheStart();
+    void hearsNothingOfTheNetworkAfterItsEnd();
     void watchesTheLoginUrl();
     void goesOnWithoutASourceForTheNetwork();
     void logsAnInterfaceFileThatIsNotThere();
@@ -89,6 +92,14 @@ void TestStartUp::logsWhenTheDataFolderCannotBeMade()
     QCOMPARE(m_world->log.lines().size(), 1);
     QVERIFY(m_world->log.lines().constFirst().startsWith(
         QStringLiteral("+[ErrorHandler log:] [line 14]: Cannot create the folder ")));
+}
+
+void TestStartUp::putsTheWindowInTheMiddle()
+{
+    m_world->window.move(0, 0);
+    m_world->start();
+    QTRY_COMPARE(m_world->window.geometry().center(),
+                 m_world->window.screen()->availableGeometry().center());
 }
 
 void TestStartUp::removesOnlyOldInstallers()
@@ -303,6 +314,17 @@ void TestStartUp::neverAsksAgainWhenTheNetworkWasThereAtTheStart()
     m_world->network.changeTo(ReachabilitySource::Reachable);
     QVERIFY(DispatchQueue::drain(20000));
     QCOMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+}
+
+void TestStartUp::hearsNothingOfTheNetworkAfterItsEnd()
+{
+    m_world->network.flags = 0;
+    m_world->start();
+    QTRY_COMPARE(m_world->newsLoads.size(), 1);
+    m_world->controller->viewWillDisappear();
+    m_world->network.changeTo(ReachabilitySource::Reachable);
+    QVERIFY(DispatchQueue::drain(20000));
+    QCOMPARE(m_world->newsLoads.size(), 1);
 }
 
 void TestStartUp::watchesTheLoginUrl()
