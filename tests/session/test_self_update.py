@@ -5,7 +5,6 @@ from __future__ import annotations
 
 import json
 import shutil
-import subprocess
 import tempfile
 import unittest
 from pathlib import Path
@@ -163,7 +162,7 @@ class SelfUpdate(unittest.TestCase):
 
     def may_only_read(self, folder: Path) -> None:
         isolation.mount("--bind", str(folder), str(folder))
-        self.addCleanup(subprocess.run, ["umount", "--lazy", str(folder)], check=True)
+        self.addCleanup(isolation.unmount, str(folder))
         isolation.mount("-o", "remount,bind,ro", str(folder))
 
 
