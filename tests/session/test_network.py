@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 from collections import Counter
 from pathlib import Path
-from typing import Sequence
+from typing import Callable, Sequence
 
 import paths  # noqa: F401
 
@@ -46,7 +46,7 @@ class NetworkComesAndGoes(case.SystemTest):
         for returns in (1, 2):
             self.network.plug_in()
             self._fetched(returns)
-            self.network.unplug()
+            self._tell(self.network, self.network.unplug)
         self._ends_well(launcher)
 
     def test_a_link_that_comes_up_counts_as_well(self) -> None:
@@ -55,7 +55,7 @@ class NetworkComesAndGoes(case.SystemTest):
         for returns in (1, 2):
             self.network.bring_link_up()
             self._fetched(returns)
-            self.network.take_link_down()
+            self._tell(self.network, self.network.take_link_down)
         self._ends_well(launcher)
 
     def test_started_with_a_network_it_never_fetches_again(self) -> None:
@@ -67,10 +67,10 @@ class NetworkComesAndGoes(case.SystemTest):
         offline = self._start_offline(Player(self.player.root / "other"), other)
         changes = (self.network.unplug, self.network.plug_in) * 2
         for returns, change in enumerate(changes, 1):
-            change()
+            self._tell(self.network, change)
             other.plug_in()
             self._fetched(1 + returns)
-            other.unplug()
+            self._tell(other, other.unplug)
         self._ends_well(online)
         self._ends_well(offline)
         self.assertEqual(self._asked_for(), {MANIFEST: 5, NEWS: 5})
@@ -100,6 +100,12 @@ class NetworkComesAndGoes(case.SystemTest):
         self.addCleanup(self._close, launcher)
         until("the end of an old installer", lambda: not installer.exists())
         return launcher
+
+    @staticmethod
+    def _tell(network: remote.RemoteNetwork, change: Callable[[], None]) -> None:
+        """The launcher knows of the change: two at once that cancel each other are none."""
+        change()
+        until("a launcher that has heard of it", network.has_been_heard)
 
     def _fetched(self, count: int) -> None:
         """Manifest and news come this often, and nothing else."""

@@ -76,6 +76,12 @@ class RemoteNetwork:
         names, numbers = (line.split() for line in table if line.startswith("Ip:"))
         return int(numbers[names.index("OutNoRoutes")])
 
+    def has_been_heard(self) -> bool:
+        """Nobody inside has unread news of routes and links."""
+        lines = Path(f"/proc/{self._keeper.pid}/net/netlink").read_text().splitlines()[1:]
+        sockets = [line.split() for line in lines]
+        return all(int(unread) == 0 for _, _, _, groups, unread, *_ in sockets if int(groups, 16))
+
     def _lay_cable(self) -> None:
         far = f"{self._link}-far"
         _run("ip", "link", "add", far, "type", "veth",
