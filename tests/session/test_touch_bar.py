@@ -35,8 +35,8 @@ class TouchBar(unittest.TestCase):
         cls.player = Player(cls.stage, Album(Path(cls.enterClassContext(folder))))
 
     def setUp(self) -> None:
-        launcher = self.stage.start_launcher("--touch-bar")
-        self.addCleanup(launcher.end)
+        self.player.starts_launcher("--touch-bar")
+        self.addCleanup(self.player.launcher.end)
         self.player.sees_login_form()
         until("the strip", lambda: self.on_strip(FINGER))
 
@@ -44,7 +44,7 @@ class TouchBar(unittest.TestCase):
         self.assertIsNone(self.on_strip("Play"))
         self.player.fills_in("wren", "not the password")
         self.player.clicks(until("Play on the strip", lambda: self.on_strip("Play")))
-        self.player.sees("label", "504: The user name or the password is wrong.")
+        self.player.sees_status("504: The user name or the password is wrong.")
         self.player.empties_form()
         until("the strip without Play", lambda: self.on_strip("Play") is None)
 
