@@ -1,5 +1,6 @@
 #include "ui/AlertPanel.h"
 
+#include "platform/WindowShape.h"
 #include "ui/TextField.h"
 #include "ui/Typography.h"
 
@@ -148,6 +149,7 @@ void AlertPanel::paintEvent(QPaintEvent *)
 void AlertPanel::showEvent(QShowEvent *event)
 {
     moveOverOwner();
+    cutToShape(*this, *this);
     QDialog::showEvent(event);
     QAccessibleEvent alert(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);

@@ -1,5 +1,6 @@
 #include "ui/LauncherMenu.h"
 
+#include "platform/WindowShape.h"
 #include "ui/Typography.h"
 
 #include <QApplication>
@@ -81,6 +82,10 @@ bool LauncherMenu::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::Polish && watched != this && comesFromWindow(watched))
         dress(static_cast<QMenu &>(*watched));
+    if (event->type() == QEvent::Show && comesFromWindow(watched)) {
+        auto &menu = static_cast<QMenu &>(*watched);
+        cutToShape(menu, menu);
+    }
     if (event->type() != QEvent::ContextMenu || !isInWindow(watched))
         return QMenu::eventFilter(watched, event);
     const auto &request = static_cast<QContextMenuEvent &>(*event);

@@ -3,6 +3,7 @@
 #include "app/Configuration.h"
 #include "platform/DispatchQueue.h"
 #include "platform/SystemLog.h"
+#include "platform/WindowShape.h"
 #include "platform/Workspace.h"
 #include "ui/LauncherViewDelegate.h"
 #include "ui/RolloverButton.h"
@@ -211,6 +212,12 @@ void LauncherView::webViewDecidePolicyForNavigationAction(const QUrl &url,
         listener.use();
     else
         m_services->workspace.openURL(url);
+}
+
+void LauncherView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    cutToShape(*window(), *m_backgroundImage);
 }
 
 void LauncherView::paintEvent(QPaintEvent *)

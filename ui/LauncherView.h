@@ -118,6 +118,7 @@ public:
     [[nodiscard]] PictureView *swordsmenImage() const;
 
 protected:
+    void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

@@ -22,7 +22,7 @@ inline constexpr QRgb Teal = 0xff5bc8b5;   // what goes on, and what has the key
 inline constexpr QRgb Brass = 0xffe0b25b;  // what can be pressed
 inline constexpr QRgb Bright = 0xfff8d995; // brass under the mouse
 inline constexpr QRgb Ink = 0xff1d1405;    // on brass
-inline constexpr QRgb Faded = 0xffb3c0ba;  // on a plate that is switched off
+inline constexpr QRgb Faded = 0xffc2cdc8;  // on a plate that is switched off
 inline constexpr QRgb Peat = 0xff101819;   // grounds
 
 } // namespace Palette

@@ -1,5 +1,7 @@
 #include "platform/linux/TouchBarStrip.h"
 
+#include "platform/WindowShape.h"
+
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QPainter>
@@ -105,8 +107,10 @@ bool TouchBarStrip::eventFilter(QObject *watched, QEvent *event)
 void TouchBarStrip::follow()
 {
     const bool isSeen = m_row->count() > 0 && m_window.isVisible() && !m_window.isMinimized();
-    if (isSeen)
+    if (isSeen) {
         place();
+        cutToShape(*this, *this);
+    }
     setVisible(isSeen);
 }
 

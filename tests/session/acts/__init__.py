@@ -32,5 +32,6 @@ PLAYS: dict[str, tuple[Act, ...]] = {
         keyboard.nothing_focused_during_the_game),
     "pointer": (
         pointer.hovering, pointer.holding, pointer.letting_go_elsewhere, pointer.switched_off,
-        pointer.dragging, pointer.stopping_at_the_top, pointer.minimising, pointer.closing),
+        pointer.dragging, pointer.stopping_at_the_top, pointer.minimising, pointer.closing,
+        pointer.without_blending),
 }

@@ -137,6 +137,35 @@ def closing(player: Player) -> None:
     player.sees_nothing_left_running()
 
 
+def without_blending(player: Player) -> None:
+    """On a desktop that cannot blend, windows are cut to their shapes instead of standing in black"""
+    player.stage.display.stop_blending()
+    player.starts_launcher()
+    player.sees_login_form()
+    (window,) = player.launcher.windows()
+    is_cut(player, window, 1)
+    player.presses("Menu")
+    (menu,) = until("the menu", lambda: set(player.launcher.windows()) - {window})
+    player.takes_picture("menu-without-blending")
+    player.presses("Down", "Down", "Return")
+    player.sees("dialog", "Diagnostics Copied")
+    (alert,) = until("the alert", lambda: set(player.launcher.windows()) - {window, menu})
+    is_cut(player, alert, 10)
+    player.takes_picture("alert-without-blending")
+    player.presses("Return")
+    player.no_longer_sees("dialog", "Diagnostics Copied")
+    player.clicks_button("Close")
+    expect("exit code", player.launcher.ended(), 0)
+
+
+def is_cut(player: Player, window: int, margin: int) -> None:
+    """Away from the edges by so much at least, where there is only shadow."""
+    whole, shape = player.stage.display.place(window), player.stage.display.shape(window)
+    expect("room around the shape", shape.x >= margin and shape.y >= margin
+           and shape.x + shape.width <= whole.width - margin
+           and shape.y + shape.height <= whole.height - margin, True)
+
+
 def drags(player: Player, right: int, down: int) -> None:
     """In small steps, as a hand does."""
     window = place(player)

@@ -10,7 +10,7 @@ import subprocess
 from pathlib import Path
 from typing import NamedTuple, Optional
 
-from .children import Services
+from .children import Services, end
 from .waiting import until
 
 WIDTH, HEIGHT = 1280, 800
@@ -18,6 +18,7 @@ PANEL = 24
 USUAL_SETTINGS = Path("/etc/xdg/openbox/rc.xml")
 PLACE = re.compile(r"Absolute upper-left X: +(-?\d+)\s+Absolute upper-left Y: +(-?\d+)"
                    r".*Width: (\d+)\s+Height: (\d+)", re.DOTALL)
+SHAPE = re.compile(r"Window shape extents: +(\d+)x(\d+)\+(\d+)\+(\d+)")
 Colour = tuple[int, int, int]
 
 
@@ -57,13 +58,26 @@ class Display:
         self._all = {**os.environ, **self.environment}
         services.start("window-manager", ["openbox", "--config-file", str(_settings(folder))],
                        more=self.environment)
-        services.start("compositor", ["xcompmgr"], more=self.environment)
+        self._compositor = services.start("compositor", ["xcompmgr"], more=self.environment)
         until("the window manager",
               lambda: "window id" in self._property("_NET_SUPPORTING_WM_CHECK"))
 
     def windows_of(self, pid: int) -> list[int]:
         """The windows of a process that are on the screen."""
         return self._search("--pid", str(pid))
+
+    def stop_blending(self) -> None:
+        """From now on windows are put on the screen as they are, without what shines through."""
+        end(self._compositor)
+
+    def shape(self, window: int) -> Area:
+        """The smallest rectangle around what a window shows, in the window."""
+        told = self._run("xwininfo", "-shape", "-id", str(window)).stdout
+        found = SHAPE.search(told)
+        if not found:
+            return self.place(window)._replace(x=0, y=0)
+        width, height, x, y = (int(number) for number in found.groups())
+        return Area(x, y, width, height)
 
     def windows_named(self, pattern: str) -> list[int]:
         return self._search("--name", pattern)

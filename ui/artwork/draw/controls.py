@@ -51,7 +51,7 @@ def play(state):
         "NORMAL": ("#F0CD84", BRASS, "#B98736", "#6B4A1B", "#FFE9B4"),
         "ROLLOVER": ("#FBE3A8", "#EFC873", "#CC9A47", "#7A5622", "#FFF4D2"),
         "PRESSED": ("#9A7130", "#B58A40", "#C39849", "#4A3212", "#E2BC70"),
-        "DISABLED": ("#56645C", "#49574F", "#3C4843", "#26302C", "#74837B"),
+        "DISABLED": ("#48554E", "#3D4A43", "#323D38", "#1F2825", "#66756D"),
     }[state]
     top, mid, low, edge, light = look
     pressed, hover, disabled = state == "PRESSED", state == "ROLLOVER", state == "DISABLED"

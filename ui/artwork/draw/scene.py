@@ -273,7 +273,9 @@ def stacks(pic):
             (22, 62, 74, 95, .35, 1), (56, 92, 71, 94, .5, 0), (34, 82, 55, 75, .5, 1), (44, 70, 43, 57, .5, 2),
             (124, 188, 148, 170, .2, 1), (182, 236, 150, 168, .3, 0), (288, 350, 152, 176, .55, 2), (230, 300, 146, 170, .45, 0),
             (134, 206, 126, 150, .3, 1), (262, 326, 128, 153, .6, 2), (200, 270, 125, 149, .45, 0), (168, 296, 118, 129, .6, 2))):
-        slab(pic, x1, x2, y1, y2, 200 + k, 1, q, tone)
+        # the status line stands on the lowest ones, which lie in the shadow of the others
+        light = .25 if y1 >= 124 and x2 > 56 else 1
+        slab(pic, x1, x2, y1, y2, 200 + k, light, q * light, tone)
     rng = random.Random(13)
     spots = [(rng.uniform(34, 356), 170 + rng.uniform(-6, 8)) for _ in range(130)]
     grass(pic, spots, 64, "#131C1D", None, 6, 18, 1.3, 5)
