@@ -7,6 +7,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/FileSystem.h"
 #include "platform/HttpClient.h"
+#include "platform/Memory.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
@@ -64,6 +65,7 @@ int end(int exitCode)
 
 int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
 {
+    Memory::giveLargeBuffersBackAtOnce();
     const QCoreApplication application(argc, argv);
     name();
     SystemLog::setFile(Configuration::logFile());

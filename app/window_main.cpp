@@ -4,6 +4,7 @@
 #include "app/SingleInstance.h"
 #include "app/Translations.h"
 #include "app/WindowApplication.h"
+#include "platform/Memory.h"
 #include "platform/SharedApplication.h"
 #include "platform/SystemLog.h"
 
@@ -27,6 +28,7 @@ QIcon windowIcon()
 
 int main(int argc, char **argv)
 {
+    Memory::giveLargeBuffersBackAtOnce();
     QApplication application(argc, argv); // takes its own words out of argv
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {
