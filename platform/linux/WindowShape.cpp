@@ -30,8 +30,8 @@ xcb_window_t ownerOf(xcb_connection_t *connection, const char *selection)
     if (!atom)
         return XCB_NONE;
     const std::unique_ptr<xcb_get_selection_owner_reply_t, Free> owner(
-        xcb_get_selection_owner_reply(
-            connection, xcb_get_selection_owner(connection, atom->atom), nullptr));
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, atom->atom),
+                                      nullptr));
     return owner ? owner->owner : xcb_window_t(XCB_NONE);
 }
 
