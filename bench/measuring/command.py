@@ -39,6 +39,7 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
     for name in list(os.environ):
         if name.lower() in PROXIES:
             del os.environ[name]
+    given.data.mkdir(parents=True, exist_ok=True)
     bench = Bench(given.build_folder, given.data, AUTHORITY, given.quick,
                   1 if given.quick else given.rounds)
     chapters = {}

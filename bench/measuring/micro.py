@@ -20,13 +20,14 @@ def run(bench: Bench, pattern: str, rounds: int) -> dict[str, dict[str, Any]]:
     environment = {**os.environ, "TMPDIR": str(bench.data)}
     if bench.quick:
         environment["QUELLMOOR_BENCH_QUICK"] = "1"
-    said = subprocess.run(
+    results = bench.data / "micro.json"  # the engine logs to standard output
+    subprocess.run(
         [bench.micro, f"--benchmark_filter={pattern}", f"--benchmark_repetitions={rounds}",
          f"--benchmark_min_time={0.001 if bench.quick else 0.5}",
-         "--benchmark_enable_random_interleaving=true", "--benchmark_format=json"],
-        env=environment, check=True, stdout=subprocess.PIPE).stdout
+         "--benchmark_enable_random_interleaving=true", f"--benchmark_out={results}"],
+        env=environment, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     values: dict[str, list[dict[str, Any]]] = {}
-    for entry in json.loads(said)["benchmarks"]:
+    for entry in json.loads(results.read_text())["benchmarks"]:
         if entry["run_type"] == "iteration":
             values.setdefault(entry["run_name"].removesuffix("/real_time"), []).append(entry)
     return {name: _median(entries) for name, entries in values.items()}
