@@ -58,11 +58,18 @@ void TextLabel::setStringValue(const QString &newText)
     if (newText == text())
         return;
     setText(newText);
-    // A tool tip takes what looks like markup for markup.
-    setToolTip(isCut() ? newText.toHtmlEscaped() : QString());
     emit stringValueChanged(newText);
     if (m_announcesChanges && !m_pause.isActive())
         announceNews();
+}
+
+// A text may change thousands of times a second, so whether it is cut is found out when it matters.
+bool TextLabel::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip)
+        // A tool tip takes what looks like markup for markup.
+        setToolTip(isCut() ? text().toHtmlEscaped() : QString());
+    return QLabel::event(event);
 }
 
 void TextLabel::setUsesSingleLineMode(bool usesSingleLineMode)
@@ -93,6 +100,7 @@ QStringList TextLabel::shownLines() const
 
 void TextLabel::paintEvent(QPaintEvent *)
 {
+    const QStringList lines = shownLines();
     QPainter painter(this);
     painter.setFont(font());
     // A text from a server runs in the direction of its script, whatever the window's is.
@@ -100,15 +108,14 @@ void TextLabel::paintEvent(QPaintEvent *)
     // A dark rim, because the text stands on a picture.
     painter.setPen(QColor(5, 9, 10, 150));
     for (const QPoint offset : {QPoint(0, 1), QPoint(1, 0), QPoint(-1, 0), QPoint(0, -1)})
-        paintLines(painter, rect().translated(offset));
+        paintLines(painter, lines, rect().translated(offset));
     painter.setPen(palette().color(QPalette::WindowText));
-    paintLines(painter, rect());
+    paintLines(painter, lines, rect());
 }
 
-void TextLabel::paintLines(QPainter &painter, const QRect &area) const
+void TextLabel::paintLines(QPainter &painter, const QStringList &lines, const QRect &area) const
 {
     const int lineHeight = QFontMetrics(font()).lineSpacing();
-    const QStringList lines = shownLines();
     const int rest = height() - int(lines.size()) * lineHeight;
     int y = area.y();
     if (alignment() & Qt::AlignBottom)

@@ -59,6 +59,7 @@ signals:
     void announced(const QString &text);
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
@@ -66,7 +67,7 @@ private:
     [[nodiscard]] int room() const;
     [[nodiscard]] bool isCut() const;
     void announceNews();
-    void paintLines(QPainter &painter, const QRect &area) const;
+    void paintLines(QPainter &painter, const QStringList &lines, const QRect &area) const;
 
     TextFieldDelegate *m_delegate = nullptr;
     Style m_style = Message;
