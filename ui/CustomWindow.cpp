@@ -7,12 +7,6 @@
 
 namespace {
 
-// There, windows neither know nor set their own place.
-bool desktopMovesWindows()
-{
-    return QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
-}
-
 QRect visibleFrameOf(const QScreen *screen)
 {
     return screen ? screen->availableGeometry() : QRect(0, 0, 0, 0);
@@ -52,6 +46,10 @@ QPoint CustomWindow::originForDrag(const QRect &frame, const QPointF &initialLoc
     return origin;
 }
 
+QString CustomWindow::platformName() const { return QGuiApplication::platformName(); }
+
+void CustomWindow::startSystemMove() { windowHandle()->startSystemMove(); }
+
 void CustomWindow::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() != Qt::LeftButton)
@@ -65,9 +63,10 @@ void CustomWindow::mouseMoveEvent(QMouseEvent *event)
     // A button that was pressed and left behind hands its moves on, too.
     if (!m_isHeld)
         return;
-    if (desktopMovesWindows()) {
+    // There, windows neither know nor set their own place.
+    if (platformName().startsWith(QStringLiteral("wayland"))) {
         m_isHeld = false; // the desktop keeps the release to itself
-        windowHandle()->startSystemMove();
+        startSystemMove();
         return;
     }
     // Events wait in a queue while the window moves: the place in the window is only right when it

@@ -34,6 +34,11 @@ public:
                                               const QPointF &location, const QRect &visibleFrame);
 
 protected:
+    // Qt's name of the window system.
+    [[nodiscard]] virtual QString platformName() const;
+    // Hands a move that has begun with the mouse over to the desktop.
+    virtual void startSystemMove();
+
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;

@@ -7,6 +7,28 @@
 #include <QScreen>
 #include <QTest>
 
+namespace {
+
+// On another window system.
+class WindowElsewhere final : public CustomWindow
+{
+public:
+    explicit WindowElsewhere(const QString &platform)
+        : CustomWindow(QRect(0, 0, 400, 300)), m_platform(platform)
+    {
+    }
+    int systemMoves = 0;
+
+protected:
+    [[nodiscard]] QString platformName() const override { return m_platform; }
+    void startSystemMove() override { ++systemMoves; }
+
+private:
+    const QString m_platform;
+};
+
+} // namespace
+
 class TestCustomWindow : public QObject
 {
     Q_OBJECT
@@ -24,6 +46,8 @@ private slots:
     void staysWhileAControlTakesTheMouse();
     void staysWhileAPressedButtonIsLeftBehind();
     void ignoresOtherMouseButtons();
+    void leavesDraggingToADesktopThatPlacesWindows_data();
+    void leavesDraggingToADesktopThatPlacesWindows();
 
 private:
     static void press(QWidget &target, QPointF at, Qt::MouseButton button = Qt::LeftButton);
@@ -167,6 +191,29 @@ void TestCustomWindow::ignoresOtherMouseButtons()
     press(window, QPointF(50, 50), Qt::RightButton);
     drag(window, QPointF(80, 80), Qt::RightButton);
     QCOMPARE(window.pos(), QPoint(100, 100));
+}
+
+void TestCustomWindow::leavesDraggingToADesktopThatPlacesWindows_data()
+{
+    QTest::addColumn<QString>("platform");
+    QTest::addColumn<int>("systemMoves");
+    QTest::newRow("Wayland") << QStringLiteral("wayland") << 1;
+    QTest::newRow("Wayland through EGL") << QStringLiteral("wayland-egl") << 1;
+    QTest::newRow("X11") << QStringLiteral("xcb") << 0;
+    QTest::newRow("macOS") << QStringLiteral("cocoa") << 0;
+}
+
+void TestCustomWindow::leavesDraggingToADesktopThatPlacesWindows()
+{
+    QFETCH(QString, platform);
+    QFETCH(int, systemMoves);
+    WindowElsewhere window(platform);
+    const QPoint origin = window.pos();
+    press(window, {100, 100});
+    drag(window, {150, 130});
+    drag(window, {170, 150}); // the desktop has taken over
+    QCOMPARE(window.systemMoves, systemMoves);
+    QCOMPARE(window.pos() == origin, systemMoves > 0);
 }
 
 QUELLMOOR_TEST(TestCustomWindow, "CustomWindow")
