@@ -21,6 +21,7 @@ SOCKET = "wayland-q"
 GOLD = (224, 178, 91)  # what can be pressed
 NEAR = 40
 MARK = 24  # a square of less gold, or a move by less, is an accident
+STEP = 12
 SECONDS = 60.0
 
 
@@ -49,7 +50,8 @@ class OnWayland(case.SystemTest):
         self.display = Display(self.services, folder)
         self.services.start(
             "weston", ["weston", "--backend=x11-backend.so", "--use-pixman", "--no-config",
-                       "--idle-time=0", "--fullscreen", f"--socket={SOCKET}"],
+                       "--idle-time=0", f"--socket={SOCKET}",
+                       f"--width={WIDTH - 40}", f"--height={HEIGHT - 40}"],
             more=self.display.environment)
         until("the compositor", lambda: (folder / SOCKET).exists(), SECONDS)
 
@@ -76,16 +78,16 @@ class OnWayland(case.SystemTest):
         launcher = self.start_launcher()
         start = until("the play button", self.play_button, SECONDS)
         # Between the play button and the left edge there is nothing but the picture.
-        self.display.xdotool("mousemove", str(start[0] - 130), str(start[1]), "mousedown", "1",
-                             "mousemove_relative", "--sync", "20", "10")
-        self.display.xdotool("mousemove_relative", "--sync", "60", "40")
-        self.display.xdotool("mousemove_relative", "--sync", "60", "40", "mouseup", "1")
+        self.display.xdotool("mousemove", str(start[0] - 130), str(start[1]), "mousedown", "1")
 
         def moved() -> Optional[tuple[int, int]]:
+            """Goes on until the compositor has taken the move over and the window follows."""
+            self.display.xdotool("mousemove_relative", "--sync", str(STEP), str(STEP))
             place = self.play_button()
             return place if place and place[0] > start[0] + MARK and place[1] > start[1] + MARK \
                 else None
         until("the window at another place", moved, SECONDS)
+        self.display.xdotool("mouseup", "1")
         self.assertIsNone(launcher.poll())
 
 
