@@ -13,7 +13,7 @@ from gi.repository import GLib
 
 from .children import Services
 from .display import NOWHERE, Area
-from .waiting import NotSeen, until
+from .waiting import NotSeen, listens, until
 
 ROOT = "/org/a11y/atspi/accessible/root"
 SPI = "org.a11y.atspi."
@@ -34,7 +34,9 @@ class Event(NamedTuple):
 
 
 class Bus:
-    """A private session bus with the accessibility bus on it, which `environment` names."""
+    """A private session bus, which `environment` names, with the accessibility bus on it, which has
+    the `address`.
+    """
 
     def __init__(self, services: Services, socket: Path, display: dict[str, str]) -> None:
         address = f"unix:path={socket}"
@@ -42,13 +44,13 @@ class Bus:
                             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         services.start("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address",
                               address], more=display)
-        until("the message bus", socket.exists)
+        until("the message bus", lambda: listens(socket))
         session = dbus.bus.BusConnection(address)
         found = session.call_blocking("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
                                       "GetAddress", "", ())
         session.close()
-        self._address = str(found)
-        self._bus = dbus.bus.BusConnection(self._address, mainloop=DBusGMainLoop())
+        self.address = str(found)
+        self._bus = dbus.bus.BusConnection(self.address, mainloop=DBusGMainLoop())
         self._heard: list[Event] = []
         until("the registry of accessible programs", lambda: self._registry().role())
 
@@ -57,7 +59,7 @@ class Bus:
 
     def another(self) -> Any:
         """A connection for another thread, which closes it."""
-        return dbus.bus.BusConnection(self._address)
+        return dbus.bus.BusConnection(self.address)
 
     def application_of(self, pid: int) -> Element:
         """A program with windows."""

@@ -38,15 +38,17 @@ class Network:
     def plug_in(self) -> None:
         """Hosts can be reached, and the system knows."""
         _ip("link", "set", "lo", "up")
-        self._tell(CONNECTED, FULL)
+        self.tell(True)
 
     def unplug(self) -> None:
         """Without its routes every connection fails at once; a loopback only down swallows them."""
         _ip("link", "set", "lo", "down")
         _ip("route", "flush", "table", "local")
-        self._tell(DISCONNECTED, NONE)
+        self.tell(False)
 
-    def _tell(self, state: int, connectivity: int) -> None:
+    def tell(self, is_connected: bool) -> None:
+        """Only tells of a network that comes or goes; the connections stay."""
+        state, connectivity = (CONNECTED, FULL) if is_connected else (DISCONNECTED, NONE)
         for what, value in (("SetConnectivity", connectivity), ("SetGlobalConnectionState", state)):
             self._bus.call_blocking(MANAGER, MANAGER_PATH, "org.freedesktop.DBus.Mock", what, "u",
                                     (value,))

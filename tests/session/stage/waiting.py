@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import socket
 import time
+from pathlib import Path
 from typing import Callable, Optional, TypeVar
 
 Seen = TypeVar("Seen")
@@ -23,6 +25,12 @@ def until(what: str, look: Callable[[], Optional[Seen]], seconds: float = PATIEN
         if time.monotonic() > deadline:
             raise NotSeen(f"{what} was not seen within {seconds:.0f} seconds")
         time.sleep(PAUSE)
+
+
+def listens(place: Path) -> bool:
+    """Does somebody take connections at the socket? Its file is there a moment before that."""
+    with socket.socket(socket.AF_UNIX) as attempt:
+        return attempt.connect_ex(str(place)) == 0
 
 
 def expect(what: str, seen: object, expected: object) -> None:

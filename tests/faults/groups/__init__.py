@@ -1,0 +1,1 @@
+"""The groups of cases. Each has a process, a network and a record of its own."""

@@ -1,0 +1,26 @@
+"""The groups by name. The slow ones come first, so that the others run beside them."""
+
+from __future__ import annotations
+
+from pathlib import Path
+from typing import Callable
+
+from lab.book import Book
+
+from . import disks, game_runs, hostile, installers, transfers, windows
+
+Group = Callable[[Book, Path], None]
+
+GROUPS: dict[str, Group] = {
+    "stalls": transfers.run_stalls,
+    "transfers": transfers.run,
+    "errors": disks.run_errors,
+    "kills": disks.run_kills,
+    "hostile": hostile.run,
+    "logins": windows.run_logins,
+    "game-processes": game_runs.run,
+    "installers": installers.run,
+}
+
+# What a short run leaves out waits for time-outs.
+SHORT = tuple(name for name in GROUPS if name != "stalls")

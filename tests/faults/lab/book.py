@@ -1,0 +1,82 @@
+"""The record of the cases: what was done, what was seen, what was kept."""
+
+from __future__ import annotations
+
+import contextlib
+import dataclasses
+import json
+import re
+import sys
+import time
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Iterator
+
+# What differs from run to run and tells a reader nothing.
+CHANGING = ((re.compile(r"^.*\[line \d+\]: "), ""), (re.compile(r"/tmp/[\w.-]+(/[\w.-]+)*?/(?=player|data)"), ".../"),
+            (re.compile(r"error:[0-9A-F]{8}:SSL routines::"), ""), (re.compile(r"\s+"), " "))
+LONGEST = 160
+
+
+class Complaint(Exception):
+    """A case went otherwise than it must."""
+
+
+@dataclass
+class Case:
+    """One row of the report. `runs` is how often the launcher was started for it."""
+
+    area: str
+    name: str
+    saw: str = ""
+    files: str = "kept"
+    settings: str = "kept"
+    after: str = ""
+    runs: int = 0
+    seconds: float = 0.0
+    complaint: str = ""
+
+    def sees(self, text: str) -> None:
+        for pattern, plain in CHANGING:
+            text = pattern.sub(plain, text)
+        text = text.strip()
+        self.saw = text if len(text) <= LONGEST else text[:LONGEST - 3] + "..."
+
+    def expect(self, what: str, seen: object, expected: object) -> None:
+        if seen != expected:
+            raise Complaint(f"{what}: expected {expected!r}, saw {seen!r}")
+
+    def expect_one_of(self, what: str, seen: object, expected: tuple[object, ...]) -> None:
+        if seen not in expected:
+            raise Complaint(f"{what}: expected one of {expected!r}, saw {seen!r}")
+
+
+class Book:
+    """All cases of a group, and facts of it that are no cases."""
+
+    def __init__(self, is_short: bool, seed: int) -> None:
+        self.is_short, self.seed = is_short, seed
+        self.cases: list[Case] = []
+        self.facts: dict[str, str] = {}
+
+    @contextlib.contextmanager
+    def case(self, area: str, name: str) -> Iterator[Case]:
+        """A case whose Complaint is written down, and does not end the others."""
+        case = Case(area, name)
+        started = time.monotonic()
+        try:
+            yield case
+        except Complaint as complaint:
+            case.complaint = str(complaint)
+            print(f"  FAILED {area}: {name}: {complaint}", file=sys.stderr, flush=True)
+        case.seconds = time.monotonic() - started
+        self.cases.append(case)
+
+    def write(self, path: Path) -> None:
+        cases = [dataclasses.asdict(case) for case in self.cases]
+        path.write_text(json.dumps({"cases": cases, "facts": self.facts}))
+
+
+def read(path: Path) -> tuple[list[Case], dict[str, str]]:
+    document = json.loads(path.read_text())
+    return [Case(**entry) for entry in document["cases"]], document["facts"]

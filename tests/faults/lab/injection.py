@@ -1,0 +1,65 @@
+"""System calls that fail, or kill, at a chosen moment."""
+
+from __future__ import annotations
+
+import os
+import re
+from collections import Counter
+from pathlib import Path
+from typing import Iterable, Sequence
+
+from harness import trace
+
+LINE = re.compile(r"(?P<thread>\d+) +(?P<name>\w+)\(")
+ENDED = re.compile(r"^\d+ +(\+\+\+|---|<\.\.\.)")
+
+# The calls by what they do; a name with "?" need not exist on every machine.
+OPENINGS = ("open", "openat", "creat")
+WRITES = ("write", "pwrite64", "writev", "pwritev")
+RENAMES = ("rename", "renameat", "renameat2")
+SYNCS = ("fsync", "fdatasync", "syncfs", "sync_file_range")
+OTHERS = ("ftruncate", "unlink", "unlinkat", "fchmod", "chmod", "mkdir", "close", "lstat", "stat",
+          "newfstatat", "statx", "fstat", "read", "pread64", "fcntl", "lseek", "access",
+          "faccessat", "faccessat2", "fallocate", "getdents64", "readlink", "flock")
+ALL = (*OPENINGS, *WRITES, *RENAMES, *SYNCS, *OTHERS)
+
+
+def named(calls: Iterable[str]) -> str:
+    return ",".join(f"?{call}" for call in calls)
+
+
+def only(places: Iterable[Path]) -> list[str]:
+    """Words that keep strace to calls on these files."""
+    return [word for place in places for word in ("-P", str(place))]
+
+
+def counting(log: Path, calls: Iterable[str], places: Iterable[Path]) -> Sequence[str]:
+    """Runs the launcher and lists the calls on the places in the log."""
+    return (*trace.STRACE, *only(places), "-o", str(log), "-e", f"trace={named(calls)}", "--")
+
+
+def counted(log: Path) -> Counter[str]:
+    """How often a thread made each call, for the thread that made it most often."""
+    by_thread: Counter[tuple[str, str]] = Counter()
+    for line in log.read_text(errors="replace").splitlines():
+        if (found := LINE.match(line)) and not ENDED.match(line):
+            by_thread[found["thread"], found["name"]] += 1
+    most: Counter[str] = Counter()
+    for (_, name), count in by_thread.items():
+        most[name] = max(most[name], count)
+    log.unlink()
+    return most
+
+
+def at(call: str, number: int, places: Iterable[Path], effect: str) -> Sequence[str]:
+    """Runs the launcher with an effect at that one of a thread's calls on the places: "error=EIO"
+    or "signal=SIGKILL". A number with a "+" behind it means that one and all after it.
+    """
+    return (*trace.STRACE, *only(places), "-o", os.devnull, "-e", f"trace={call}",
+            "-e", f"inject={call}:{effect}:when={number}", "--")
+
+
+def for_good(call: str, places: Iterable[Path], effect: str) -> Sequence[str]:
+    """Every such call on the places has the effect."""
+    return (*trace.STRACE, *only(places), "-o", os.devnull, "-e", f"trace={call}",
+            "-e", f"inject={call}:{effect}", "--")
