@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -36,6 +37,8 @@ CommandLine commandLineOf(int argc, char **argv)
         words += QString::fromLocal8Bit(argv[i]);
     return CommandLine::parse(words);
 }
+
+void outliveLimitsOfSize() { std::signal(SIGXFSZ, SIG_IGN); }
 
 void name()
 {

@@ -11,6 +11,10 @@ constexpr int UsageMistake = 64;
 
 [[nodiscard]] CommandLine commandLineOf(int argc, char **argv);
 
+// First of all: a file that may not grow any more shall fail to be written, not end the launcher.
+// The game is started with the system's own ways.
+void outliveLimitsOfSize();
+
 // Gives the application object's name and version.
 void name();
 

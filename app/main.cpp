@@ -4,6 +4,7 @@
 
 int main(int argc, char **argv)
 {
+    Application::outliveLimitsOfSize();
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     switch (commandLine.action) {
     case CommandLine::Action::Help:

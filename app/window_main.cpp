@@ -29,6 +29,7 @@ QIcon windowIcon()
 int main(int argc, char **argv)
 {
     Memory::giveLargeBuffersBackAtOnce();
+    Application::outliveLimitsOfSize();
     QApplication application(argc, argv); // takes its own words out of argv
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {

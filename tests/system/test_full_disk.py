@@ -7,6 +7,7 @@ from pathlib import Path
 from harness import case, games, isolation, snapshot
 
 ROOM = 1024 * 1024
+LIMIT_IN_BYTES = 50_000
 NO_SPACE = "No space left on device"
 
 
@@ -100,6 +101,19 @@ class FullDisk(case.SystemTest):
         self.ends(self.player.update(), case.VALID)
         self.has_the_game()
         self.assertEqual(len(self.player.stored_settings()), 2 * len(self._game_files()))
+
+    def test_a_limit_of_file_sizes_ends_no_update_but_the_files_beyond_it(self) -> None:
+        shutil.copytree(self.old, self.player.game)
+        before = snapshot.contents(self.player.game)
+        limit = LIMIT_IN_BYTES
+        outcome = self.ends(self.player.update(wrapper=("prlimit", f"--fsize={limit}", "--")),
+                            case.INVALID)
+        self.assertIn("File too large", outcome.output)
+        now = snapshot.contents(self.player.game)
+        large = {name for name in before if (self.old / name).stat().st_size > limit}
+        self.assertEqual({name: now[name] for name in large},
+                         {name: before[name] for name in large})
+        self.ends(self.player.update(), case.VALID)
 
     def _game_files(self) -> list[str]:
         return list(snapshot.files_only(snapshot.contents(self.source)))
