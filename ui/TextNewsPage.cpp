@@ -3,16 +3,33 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QStringDecoder>
 #include <QTextBrowser>
 
+#include <algorithm>
+
 namespace {
 
 constexpr qint64 LargestPage = 4LL * 1024 * 1024;
 constexpr int IdleTimeout = 60000;
+// The layout of a table measures those within it, and so on: each level multiplies its time.
+constexpr int MostNestedTables = 8;
+
+bool canBeLaidOut(const QString &html)
+{
+    static const QRegularExpression tag(QStringLiteral("<(/?)table\\b"),
+                                        QRegularExpression::CaseInsensitiveOption);
+    int depth = 0;
+    for (auto found = tag.globalMatch(html); found.hasNext() && depth <= MostNestedTables;) {
+        const bool isEnd = found.next().capturedLength(1) > 0;
+        depth = std::max(0, depth + (isEnd ? -1 : 1));
+    }
+    return depth <= MostNestedTables;
+}
 
 QString pageStyle()
 {
@@ -94,7 +111,8 @@ private:
         }
         const QByteArray html = reply.readAll();
         const bool isWhole = reply.error() == QNetworkReply::NoError || !html.isEmpty();
-        m_browser->setHtml(isWhole ? QStringDecoder::decoderForHtml(html).decode(html) : QString());
+        const QString text = QStringDecoder::decoderForHtml(html).decode(html);
+        m_browser->setHtml(isWhole && canBeLaidOut(text) ? text : QString());
     }
 
     const QPointer<Browser> m_browser; // also a child of the view, which may delete it first

@@ -63,6 +63,7 @@ private slots:
     void textPageAsksBeforeItFollowsARedirect();
     void textPageFetchesNothingThatIsNotAllowed();
     void textPageIsEmptyAfterAFailure();
+    void textPageIsEmptyWhenItsTablesAreNestedWithoutEnd();
     void textPageLoadsNoPictures();
 
 private:
@@ -263,6 +264,20 @@ void TestNewsView::textPageIsEmptyAfterAFailure()
     server.route("/launcher/", TestReply({TestReply::Reset{}}));
     view.view.load(server.url("/launcher/"));
     QTRY_COMPARE(view.text(), QString());
+}
+
+void TestNewsView::textPageIsEmptyWhenItsTablesAreNestedWithoutEnd()
+{
+    TestServer server;
+    server.route("/launcher/", html("<p>News</p>"));
+    TextView view(server);
+    QTRY_COMPARE(view.text(), QStringLiteral("News"));
+    server.route("/launcher/", html(QByteArray("<TABLE><tr><td>").repeated(200) + "deep"));
+    view.view.load(server.url("/launcher/"));
+    QTRY_COMPARE(view.text(), QString());
+    server.route("/launcher/", html(QByteArray("<table><tr><td>a</td></tr></table>").repeated(20)));
+    view.view.load(server.url("/launcher/"));
+    QTRY_VERIFY(view.text().contains(QLatin1Char('a')));
 }
 
 void TestNewsView::textPageLoadsNoPictures()
