@@ -7,19 +7,24 @@ from typing import Callable
 
 from lab.book import Book
 
-from . import disks, game_runs, hostile, installers, transfers, windows
+from . import (disks, game_runs, hostile, installers, kills, news, settings, steady, transfers,
+               windows)
 
 Group = Callable[[Book, Path], None]
 
 GROUPS: dict[str, Group] = {
     "stalls": transfers.run_stalls,
+    "steady": steady.run,
     "transfers": transfers.run,
     "errors": disks.run_errors,
     "kills": disks.run_kills,
+    "moments": kills.run,
     "hostile": hostile.run,
+    "settings": settings.run,
     "logins": windows.run_logins,
     "game-processes": game_runs.run,
     "installers": installers.run,
+    "news": news.run,
 }
 
 # What a short run leaves out waits for time-outs.

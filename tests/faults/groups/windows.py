@@ -5,7 +5,7 @@ from __future__ import annotations
 import json
 from pathlib import Path
 
-from lab.book import Book, Case, Complaint
+from lab.book import Book, Case
 from lab.ground import Ground
 from lab.reply import Reply
 from lab.window import Window
@@ -24,24 +24,24 @@ class Desk:
 
     def __init__(self, ground: Ground) -> None:
         self._wire = ground.wire
-        self._count = 0
+        self._refusals = self._news_pages = 0
         ground.wire.pages[LOGIN] = self._refuse
         ground.wire.pages[NEWS] = self._news
 
     def refusal(self) -> str:
         """What the status line says about the newest answer."""
-        return f"504: Refused {self._count}."
+        return f"504: Refused {self._refusals}."
 
     def news(self) -> str:
-        return f"News {self._count}"
+        return f"News {self._news_pages}"
 
     def _refuse(self, _request: Request) -> bytes:
-        self._count += 1
-        return json.dumps({"status": 4, "message": f"Refused {self._count}."}).encode()
+        self._refusals += 1
+        return json.dumps({"status": 4, "message": f"Refused {self._refusals}."}).encode()
 
     def _news(self, _request: Request) -> bytes:
-        self._count += 1
-        return f"<html><body><p>News {self._count}</p></body></html>".encode()
+        self._news_pages += 1
+        return f"<html><body><p>News {self._news_pages}</p></body></html>".encode()
 
 
 def run_logins(book: Book, folder: Path) -> None:

@@ -1,1 +1,1 @@
-"""What makes things go wrong around the built launcher: wires, disks, kills, and the record of it."""
+"""What makes things go wrong around the built launcher, and the record of it."""

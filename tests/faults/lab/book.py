@@ -13,9 +13,11 @@ from pathlib import Path
 from typing import Iterator
 
 # What differs from run to run and tells a reader nothing.
-CHANGING = ((re.compile(r"^.*\[line \d+\]: "), ""), (re.compile(r"/tmp/[\w.-]+(/[\w.-]+)*?/(?=player|data)"), ".../"),
+CHANGING = ((re.compile(r"^.*\[line \d+\]: "), ""),
+            (re.compile(r"/tmp/[\w.-]+(/[\w.-]+)*?/(?=player|data)"), ".../"),
             (re.compile(r"error:[0-9A-F]{8}:SSL routines::"), ""), (re.compile(r"\s+"), " "))
 LONGEST = 160
+LONGEST_COMPLAINT = 600
 
 
 class Complaint(Exception):
@@ -61,14 +63,15 @@ class Book:
 
     @contextlib.contextmanager
     def case(self, area: str, name: str) -> Iterator[Case]:
-        """A case whose Complaint is written down, and does not end the others."""
+        """A case. What it complains of is written down and does not end the others."""
         case = Case(area, name)
         started = time.monotonic()
         try:
             yield case
-        except Complaint as complaint:
-            case.complaint = str(complaint)
-            print(f"  FAILED {area}: {name}: {complaint}", file=sys.stderr, flush=True)
+        except Exception as complaint:  # whatever it is, the other cases go on
+            kind = "" if isinstance(complaint, Complaint) else f"{type(complaint).__name__}: "
+            case.complaint = f"{kind}{complaint}"[:LONGEST_COMPLAINT]
+            print(f"  FAILED {area}: {name}: {case.complaint}", file=sys.stderr, flush=True)
         case.seconds = time.monotonic() - started
         self.cases.append(case)
 

@@ -1,9 +1,86 @@
-"""The report of a whole run as a page."""
+"""The page that tells what was seen in a whole run."""
 
 from __future__ import annotations
 
+from collections import Counter
+
 from .book import Case
+
+HEAD = """# What the launcher withstands
+
+Written by `scripts/faults`, which runs the built launcher through every case below; do not edit.
+`tests/faults/run --help` tells how to run some of them. A few of each kind run with all tests.
+
+"""
+METHOD = """
+How it is done: each group of cases has a network namespace of its own. A TLS server on raw sockets and
+a TCP proxy answer wrongly byte by byte; `strace` fails or kills the launcher at single system calls;
+mounts, limits, another user and another clock change the machine. After every case the game folder is
+compared byte for byte with what it was and what was published, and the stored settings entry by entry;
+an exit by a signal, a hang, or anything left behind after the next start fails the case. "Kept" are
+the files that were good before and the settings; what the player saw is the status line of the window
+or the line of the log that tells.
+
+The window is felt 50 times a second, all along: a question over the accessibility bus goes to the
+thread that draws, which answers it between two events. What one of the processes on the way waited for
+a processor is taken off, as it tells of the machine. So a wait of more than 100 ms would be the
+launcher's; that the picture reached the screen is not measured.
+"""
+BOUNDS = """
+## Bounds of size and time
+
+- Without a byte for 60 s an answer has failed: "The request timed out." A pause of the launcher's own
+  does not count.
+- While more than 256 MB of bodies wait to be written, the engine reads no further.
+- `--update` gives up after three rounds in a row that healed nothing. The window goes on.
+- News as text, which only players without OpenGL and root get, are laid out on the window's thread: a
+  page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
+- An invalid size of a chunk passes for the end of a body. Manifests, game files and login replies that
+  end too early are noticed by what they are; an installer is not.
+"""
 
 
 def written(cases: list[Case], facts: dict[str, str]) -> str:
-    return "\n".join(f"| {c.area} | {c.name} | {c.saw} | {c.files} | {c.settings} | {c.after} |" for c in cases)
+    """The whole page in Markdown."""
+    return HEAD + _counts(cases) + METHOD + BOUNDS + _facts(facts) + _tables(cases)
+
+
+def _counts(cases: list[Case]) -> str:
+    failed = [case for case in cases if case.complaint]
+    lost = sum(case.files.startswith(("LOST", "TORN")) for case in cases)
+    settings = sum(case.settings.startswith(("LOST", "SET")) for case in cases)
+    words = [f"**{len(cases)} cases** in {sum(case.runs for case in cases)} runs of the launcher "
+             f"without a window and in windows that took many cases in a row: {len(failed)} failed, "
+             f"good files lost in {lost}, settings lost in {settings}.", ""]
+    words += ["| area | cases | failed |", "| --- | ---: | ---: |"]
+    failures = Counter(case.area for case in failed)
+    for area, count in Counter(case.area for case in cases).items():
+        words.append(f"| {area} | {count} | {failures[area]} |")
+    return "\n".join(words) + "\n"
+
+
+def _facts(facts: dict[str, str]) -> str:
+    if not facts:
+        return ""
+    lines = [f"- {name}: {value}" for name, value in facts.items()]
+    return "\n## Measured\n\n" + "\n".join(lines) + "\n"
+
+
+def _tables(cases: list[Case]) -> str:
+    lines = ["", "## All cases", "",
+             "| area | case | what the player saw | good files | settings | afterwards |",
+             "| --- | --- | --- | --- | --- | --- |"]
+    areas = list(dict.fromkeys(case.area for case in cases))
+    for case in sorted(cases, key=lambda case: areas.index(case.area)):
+        saw = f"**FAILED** {case.complaint}" if case.complaint else case.saw
+        cells = (case.area, case.name, saw, case.files, case.settings, case.after)
+        lines.append("| " + " | ".join(_cell(text) for text in cells) + " |")
+    return "\n".join(lines) + "\n"
+
+
+def _cell(text: str) -> str:
+    """Text that stays in its cell; letters that cannot be printed are escaped."""
+    plain = "".join(letter if letter.isprintable() else repr(letter)[1:-1] for letter in text)
+    for sign in "\\|*_<>`[]":
+        plain = plain.replace(sign, "\\" + sign)
+    return plain

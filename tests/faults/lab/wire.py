@@ -8,6 +8,7 @@ import select
 import socket
 import ssl
 import threading
+from collections import Counter
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Callable, Optional
@@ -20,6 +21,7 @@ from .line import HOST, LISTEN, Line, reset
 from .reply import Ending, Fault, Meeting, Reply
 
 HEAD_END = b"\r\n\r\n"
+MOST_REMEMBERED = 1000
 LONGEST_PATH = 2000
 WATCH_SECONDS = 0.2
 LARGEST_REQUEST = 1024 * 1024
@@ -60,6 +62,7 @@ class Wire:
         self._unknown: Optional[bytes] = None
         self._connections: set[ssl.SSLSocket] = set()
         self._requests: list[Request] = []
+        self._counts: Counter[str] = Counter()
         self._stopping = threading.Event()
         self._listener = socket.create_server((HOST, 0), backlog=LISTEN)
         self.tree = tree
@@ -120,6 +123,11 @@ class Wire:
         """The paths so far."""
         with self._lock:
             return [request.path for request in self._requests]
+
+    def count(self, path: str) -> int:
+        """How often the path was asked for, also before the last `heal`."""
+        with self._lock:
+            return self._counts[path]
 
     def requests(self) -> list[Request]:
         with self._lock:
@@ -187,7 +195,9 @@ class Wire:
 
     def _reply_to(self, request: Request) -> Reply:
         with self._lock:
-            self._requests.append(request)
+            self._counts[request.path] += 1
+            if len(self._requests) < MOST_REMEMBERED:
+                self._requests.append(request)
             for rule in self._rules:
                 if rule.times != 0 and fnmatch.fnmatchcase(request.path, rule.path):
                     if rule.times is not None:

@@ -23,7 +23,8 @@ SCRIPTS: tuple[tuple[str, str], ...] = (
     ("it makes its file unreadable", ": >$MARK; chmod 0 Quellmoor"),
     ("it puts a link in its place", ": >$MARK; ln -sf /bin/false Quellmoor"),
     ("it changes the manifest's folder", ": >$MARK; mkdir -p saves; echo mine >saves/one"),
-    ("it floods the folder of temporary files", ": >$MARK; for n in 1 2 3 4 5; do : >$TMPDIR/g$n; done; rm $TMPDIR/g*"),
+    ("it uses the folder of temporary files",
+     ": >$MARK; for n in 1 2 3 4 5; do : >$TMPDIR/g$n; done; rm $TMPDIR/g*"),
     ("it is started anew by itself", ": >$MARK; sh -c ':'; exec true"),
 )
 
