@@ -5,7 +5,7 @@ from __future__ import annotations
 import datetime
 import ssl
 from pathlib import Path
-from typing import Optional, Sequence
+from typing import Optional, Sequence, cast
 
 from cryptography import x509
 from cryptography.hazmat.primitives import hashes, serialization
@@ -72,7 +72,8 @@ class _Maker:
         signers = {True: self._authority_key, False: self._stranger, None: key}
         made = builder.sign(signers[is_trusted], hashes.SHA256())
         file = self._folder / f"{name}.pem"
-        file.write_bytes(made.public_bytes(serialization.Encoding.PEM) + key.private_bytes(
+        writable = cast(ec.EllipticCurvePrivateKeyWithSerialization, key)
+        file.write_bytes(made.public_bytes(serialization.Encoding.PEM) + writable.private_bytes(
             serialization.Encoding.PEM, serialization.PrivateFormat.PKCS8,
             serialization.NoEncryption()))
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)

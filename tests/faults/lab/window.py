@@ -88,7 +88,8 @@ class Window:
     def sees(self, role: str, name: str) -> Element:
         assert self.launcher
         find = self.launcher.find
-        return self.waits_for(f'the {role} "{name}"', lambda: find(role, name))
+        found: Element = self.waits_for(f'the {role} "{name}"', lambda: find(role, name))
+        return found
 
     def waits_for(self, what: str, look: Any) -> Any:
         """Waits for what has to be seen; a launcher that ends meanwhile is a complaint."""

@@ -20,7 +20,7 @@ class Effect(enum.Enum):
     STATUS = "the right answer under a status of failure"
 
 
-NOTHING, WHOLE, OTHER, STATUS = Effect
+NOTHING, WHOLE, OTHER, STATUS = Effect.NOTHING, Effect.WHOLE, Effect.OTHER, Effect.STATUS
 
 
 @dataclass(frozen=True)
