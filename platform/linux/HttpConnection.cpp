@@ -3,6 +3,7 @@
 #include "platform/linux/QtHttp.h"
 #include "platform/linux/RefusedHost.h"
 
+#include <QAbstractEventDispatcher>
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
@@ -16,12 +17,12 @@ constexpr qint64 ReadBufferSize = 1024 * 1024;
 
 QThreadStorage<std::shared_ptr<QNetworkAccessManager>> managers;
 
-QNetworkAccessManager &managerOfThisThread()
+const std::shared_ptr<QNetworkAccessManager> &managerOfThisThread()
 {
     auto &manager = managers.localData();
     if (!manager)
         manager = std::make_shared<QNetworkAccessManager>();
-    return *manager;
+    return manager;
 }
 
 int statusOf(const QNetworkReply &reply)
@@ -102,9 +103,9 @@ public:
 };
 
 // With a body, even an empty one, Qt ignores the read buffer's size and takes in all that comes.
-QNetworkReply *replyOfQt(const HttpRequest &request, QNetworkRequest qtRequest)
+QNetworkReply *replyOfQt(QNetworkAccessManager &manager, const HttpRequest &request,
+                         QNetworkRequest qtRequest)
 {
-    QNetworkAccessManager &manager = managerOfThisThread();
     if (request.method == QByteArrayLiteral("GET"))
         return manager.get(qtRequest);
     if (request.body.isEmpty())
@@ -204,7 +205,8 @@ bool QtHttpConnection::sendToNextAddress()
 void QtHttpConnection::sendByQt(const QNetworkRequest &request)
 {
     m_isSent = false;
-    m_reply = replyOfQt(m_request, request);
+    m_manager = managerOfThisThread();
+    m_reply = replyOfQt(*m_manager, m_request, request);
     m_reply->setReadBufferSize(ReadBufferSize);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &QtHttpConnection::takeResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &QtHttpConnection::takeData);
@@ -363,6 +365,10 @@ void QtHttpConnection::giveUp(const QString &reason)
 {
     if (std::exchange(m_whyGivenUp, reason))
         return;
+    // Qt would go on waiting for a handshake and hand later requests to the same socket; those of
+    // a new manager connect anew.
+    if (m_manager && managers.localData() == m_manager)
+        managers.localData().reset();
     if (!m_reply)
         takeEnd();
     else if (!m_reply->isFinished()) // else whoever told us of the end goes on to take it
@@ -376,6 +382,10 @@ void QtHttpConnection::dropReply()
     m_reply->disconnect(this);
     m_reply->deleteLater();
     m_reply = nullptr;
+    // A manager takes its replies with it, and this may run within a signal of one.
+    QMetaObject::invokeMethod(
+        QAbstractEventDispatcher::instance(), [manager = std::move(m_manager)] {},
+        Qt::QueuedConnection);
 }
 
 void QtHttpConnection::end()

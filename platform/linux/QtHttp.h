@@ -3,6 +3,7 @@
 #include "platform/HttpConnection.h"
 
 #include <QHostAddress>
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QObject>
 #include <QSslConfiguration>
@@ -50,8 +51,9 @@ private:
     HttpRequest m_request; // what is asked now; a redirect may change it
     const QSslConfiguration m_sslConfiguration;
     std::shared_ptr<HttpConnectionDelegate> m_delegate;
-    std::shared_ptr<QtHttpConnection> m_self; // from start() to the last message
-    QNetworkReply *m_reply = nullptr;         // owned by its manager until deleteLater()
+    std::shared_ptr<QtHttpConnection> m_self;         // from start() to the last message
+    std::shared_ptr<QNetworkAccessManager> m_manager; // of m_reply, and only while there is one
+    QNetworkReply *m_reply = nullptr;                 // owned by its manager until deleteLater()
     QTimer m_idleTimer;
     int m_status = 0;
     qint64 m_expectedLength = -1;
