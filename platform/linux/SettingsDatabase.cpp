@@ -14,9 +14,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <variant>
 
 namespace SettingsDatabase {
 
@@ -245,10 +247,28 @@ int makePrivateFile(const QString &path)
     return number;
 }
 
+// Whether the disk gives out every byte, whatever these mean. Reads as SQLite does.
+bool canBeRead(const QString &path)
+{
+    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    std::array<char, 4096> page{};
+    off_t at = 0;
+    ssize_t count = 0;
+    while ((count = pread(file, page.data(), page.size(), at)) > 0)
+        at += count;
+    close(file);
+    return count == 0;
+}
+
 // Keeps a damaged file, which may hold the player's stored account, out of the way: as ".bad", or
-// with a number behind it when that is taken.
+// with a number behind it when that is taken. SQLite calls it damage when the disk fails, too; then
+// the file stays.
 void setAside(const QString &path)
 {
+    if (!canBeRead(path))
+        return;
     QString aside = path + QStringLiteral(".bad");
     for (int number = 2; number <= MostSetAside && FileSystem::exists(aside); ++number)
         aside = QStringLiteral("%1.bad.%2").arg(path).arg(number);
@@ -267,26 +287,6 @@ QString describe(const Connection &connection)
 
 } // namespace
 
-Values load(const QString &path)
-{
-    if (!QFileInfo::exists(path))
-        return {};
-    bool isDamaged = false;
-    {
-        Connection connection(path);
-        if (connection.isOpen()) {
-            if (auto values = read(connection))
-                return *values;
-        }
-        isDamaged = connection.isDamaged();
-        ErrorHandler::log(
-            QStringLiteral("Cannot read the settings in %1: %2").arg(path, describe(connection)));
-    }
-    if (isDamaged)
-        setAside(path);
-    return {};
-}
-
 namespace {
 
 struct Failure
@@ -294,6 +294,19 @@ struct Failure
     Error error;
     bool isDamage = false;
 };
+
+std::variant<Values, Failure> tryLoading(const QString &path)
+{
+    Connection connection(path);
+    if (connection.isOpen()) {
+        if (auto values = read(connection))
+            return std::move(*values);
+    }
+    return Failure{
+        {QStringLiteral("Cannot read the settings in %1: %2").arg(path, describe(connection)),
+         connection.lastError().nativeErrorCode().toInt()},
+        connection.isDamaged()};
+}
 
 std::optional<Failure> trySaving(const QString &path, const Changes &changes)
 {
@@ -313,9 +326,29 @@ std::optional<Failure> trySaving(const QString &path, const Changes &changes)
 
 } // namespace
 
+// What seems to be damage is looked at twice, as a disk may fail for a moment.
+
+Values load(const QString &path)
+{
+    if (!QFileInfo::exists(path))
+        return {};
+    auto loaded = tryLoading(path);
+    if (const auto *failure = std::get_if<Failure>(&loaded); failure && failure->isDamage)
+        loaded = tryLoading(path);
+    if (auto *values = std::get_if<Values>(&loaded))
+        return std::move(*values);
+    const auto &failure = std::get<Failure>(loaded);
+    ErrorHandler::log(failure.error);
+    if (failure.isDamage)
+        setAside(path);
+    return {};
+}
+
 std::optional<Error> save(const QString &path, const Changes &changes, const Values &all)
 {
     auto failure = trySaving(path, changes);
+    if (failure && failure->isDamage)
+        failure = trySaving(path, changes);
     if (failure && failure->isDamage) {
         ErrorHandler::log(failure->error);
         setAside(path);
