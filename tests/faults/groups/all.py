@@ -29,3 +29,6 @@ GROUPS: dict[str, Group] = {
 
 # What a short run leaves out waits for time-outs.
 SHORT = tuple(name for name in GROUPS if name != "stalls")
+
+# Felt for their answers, these have the machine for themselves.
+WINDOWS = ("steady", "game-processes", "installers", "news", "logins")

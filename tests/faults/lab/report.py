@@ -23,8 +23,9 @@ or the line of the log that tells.
 
 The window is felt 50 times a second, all along: a question over the accessibility bus goes to the
 thread that draws, which answers it between two events. What one of the processes on the way waited for
-a processor is taken off, as it tells of the machine. So a wait of more than 100 ms would be the
-launcher's; that the picture reached the screen is not measured.
+a processor is taken off, as it tells of the machine; what they waited for a disk is not. The rows
+"answers all along" count the waits of more than 100 ms and fail at one of 500 ms. That a picture
+reached the screen is not measured. As the cases run as root, their news is the text page.
 """
 BOUNDS = """
 ## Bounds of size and time

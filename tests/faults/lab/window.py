@@ -25,6 +25,8 @@ from .book import Book, Complaint
 ENABLED, SHOWING = 8, 25
 FIRST_STATUS = "Login"
 SPI = "org.a11y.atspi."
+# On a busy machine a wait of some 100 ms need not be the launcher's.
+HANG = 0.5
 PULSE = Path(__file__).with_name("pulse.py")
 
 
@@ -163,7 +165,7 @@ class Window:
                       f"({raw * 1000:.0f} ms with the machine's own waits), {len(late)} over 100 ms")
             case.after = "nothing to heal"
             case.expect("questions at all", beats > 0, True)
-            case.expect("waits of more than 100 ms", late, [])
+            case.expect("a window that hangs", worst > HANG, False)
 
 
 def ask(element: Element, interface: str, what: str, kinds: str = "",
