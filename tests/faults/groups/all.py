@@ -14,11 +14,12 @@ Group = Callable[[Book, Path], None]
 
 GROUPS: dict[str, Group] = {
     "stalls": transfers.run_stalls,
+    "damage": kills.run_damage,
+    "moments": kills.run_kills,
     "steady": steady.run,
     "transfers": transfers.run,
     "errors": disks.run_errors,
     "kills": disks.run_kills,
-    "moments": kills.run,
     "hostile": hostile.run,
     "settings": settings.run,
     "logins": windows.run_logins,

@@ -64,12 +64,17 @@ class Versions:
         case.expect("things left behind", left, [])
 
 
-def run(book: Book, folder: Path) -> None:
+def run_kills(book: Book, folder: Path) -> None:
     versions = Versions(folder)
     count = SHORT_KILLS if book.is_short else KILLS
     title = f"SIGKILL at {count} moments of an update of {FILES} files"
     with book.case("game file", title) as case:
         timed_kills(versions, case, random.Random(book.seed), count)
+    versions.wire.stop()
+
+
+def run_damage(book: Book, folder: Path) -> None:
+    versions = Versions(folder)
     count = SHORT_DAMAGED if book.is_short else DAMAGED
     with book.case("game file", f"{count} installations damaged at random") as case:
         damaged(versions, case, random.Random(book.seed), count, folder)
