@@ -59,6 +59,7 @@ def watched(ground: Ground, book: Book, case: Case, folder: Path, path: str,
     share = (processor_seconds(pid) - used) / seconds
     case.sees(f"{rounds} rounds: {a_minute:.0f} requests a minute, {share:.0%} of a processor, "
               f"{memory / 1024:.0f} MB, {growth:+d} KB over them")
+    book.facts[case.name] = case.saw
     case.expect("memory that stays flat", growth <= MOST_GROWTH_KB, True)
     ground.keeps(case)
     ground.wire.heal()

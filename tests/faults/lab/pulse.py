@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Asks a window's thread again and again, and tells how long it let a question wait.
 
-A question goes over the accessibility bus to the thread that draws, which answers between two of its
-events: a thread that answers could have drawn a frame. Time in which a thread of the way was ready and
-got no processor is taken off, since it is the machine's and not the launcher's.
+A question goes over the accessibility bus to the thread that draws, which answers between two of
+its events: a thread that answers could have drawn a frame. Time in which a thread of the way was
+ready and got no processor is taken off, since it is the machine's and not the launcher's.
 """
 
 from __future__ import annotations
@@ -20,7 +20,7 @@ import dbus.bus
 
 INTERVAL = 0.02
 LONGEST = 0.1
-SERVERS, CARRIER = ("dbus-daemon", "Xvfb", "openbox"), "QDBusConnection"
+SERVERS, CARRIER = ("dbus-daemon", "Xvfb", "openbox", "xcompmgr"), "QDBusConnection"
 
 
 def main() -> None:

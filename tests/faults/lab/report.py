@@ -13,31 +13,32 @@ Written by `scripts/faults`, which runs the built launcher through every case be
 
 """
 METHOD = """
-How it is done: each group of cases has a network namespace of its own. A TLS server on raw sockets and
-a TCP proxy answer wrongly byte by byte; `strace` fails or kills the launcher at single system calls;
-mounts, limits, another user and another clock change the machine. After every case the game folder is
-compared byte for byte with what it was and what was published, and the stored settings entry by entry;
-an exit by a signal, a hang, or anything left behind after the next start fails the case. "Kept" are
-the files that were good before and the settings; what the player saw is the status line of the window
-or the line of the log that tells.
+How it is done: each group of cases has a network namespace of its own. A TLS server on raw
+sockets and a TCP proxy answer wrongly byte by byte; `strace` fails or kills the launcher at
+single system calls; mounts, limits, another user and another clock change the machine. After
+every case the game folder is compared byte for byte with what it was and what was published, and
+the stored settings entry by entry; an exit by a signal, a hang, or anything left behind after the
+next start fails the case. "Kept" are the files that were good before and the settings; what the
+player saw is the status line of the window or the line of the log that tells.
 
 The window is felt 50 times a second, all along: a question over the accessibility bus goes to the
-thread that draws, which answers it between two events. What one of the processes on the way waited for
-a processor is taken off, as it tells of the machine; what they waited for a disk is not. The rows
-"answers all along" count the waits of more than 100 ms and fail at one of 500 ms. That a picture
-reached the screen is not measured. As the cases run as root, their news is the text page.
+thread that draws, which answers it between two events. What one of the processes on the way
+waited for a processor is taken off, as it tells of the machine; what they waited for a disk is
+not. The rows "answers all along" count the waits of more than 100 ms and fail at one of 500 ms.
+That a picture reached the screen is not measured. As the cases run as root, their news is the
+text page.
 """
 BOUNDS = """
 ## Bounds of size and time
 
-- Without a byte for 60 s an answer has failed: "The request timed out." A pause of the launcher's own
-  does not count.
+- Without a byte for 60 s an answer has failed: "The request timed out." A pause of the launcher's
+  own does not count.
 - While more than 256 MB of bodies wait to be written, the engine reads no further.
 - `--update` gives up after three rounds in a row that healed nothing. The window goes on.
-- News as text, which only players without OpenGL and root get, are laid out on the window's thread: a
-  page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
-- An invalid size of a chunk passes for the end of a body. Manifests, game files and login replies that
-  end too early are noticed by what they are; an installer is not.
+- News as text, which only players without OpenGL and root get, are laid out on the window's
+  thread: a page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
+- An invalid size of a chunk passes for the end of a body. Manifests, game files and login replies
+  that end too early are noticed by what they are; an installer is not.
 """
 
 
@@ -50,9 +51,9 @@ def _counts(cases: list[Case]) -> str:
     failed = [case for case in cases if case.complaint]
     lost = sum(case.files.startswith(("LOST", "TORN")) for case in cases)
     settings = sum(case.settings.startswith(("LOST", "SET")) for case in cases)
-    words = [f"**{len(cases)} cases** in {sum(case.runs for case in cases)} runs of the launcher "
-             f"without a window and in windows that took many cases in a row: {len(failed)} failed, "
-             f"good files lost in {lost}, settings lost in {settings}.", ""]
+    words = [f"**{len(cases)} cases** in {sum(case.runs for case in cases)} runs of the launcher, "
+             f"besides windows that take many cases in a row: {len(failed)} failed, good files "
+             f"lost in {lost}, settings lost in {settings}.", ""]
     words += ["| area | cases | failed |", "| --- | ---: | ---: |"]
     failures = Counter(case.area for case in failed)
     for area, count in Counter(case.area for case in cases).items():

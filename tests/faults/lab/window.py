@@ -45,7 +45,7 @@ class Window:
         # The player's own folders come and go, those of the desktop's services stay.
         services = Services(self._logs, Player(folder / "services").environment())
         self._closing.callback(services.stop)
-        self._display = Display(services)
+        self._display = Display(services, folder)
         self._bus = Bus(services, folder / "bus", self._display.environment)
         self._closing.callback(self._bus.close)
         system = folder / "system-bus"
@@ -76,7 +76,7 @@ class Window:
         self.launcher = Launcher(environment, self._display, self._bus, self._logs, self._starts)
         self._feel_pulse(self.sees("push button", "Play" if has_form else "Update"))
         if has_form:
-            self.status_line = self.sees("label", FIRST_STATUS)
+            self.status_line = self.sees("notification", FIRST_STATUS)
             self._account = self.sees("text", "Account")
             self._password = self.sees("text", "Password")
             self.play = self.sees("push button", "Play")
@@ -162,7 +162,8 @@ class Window:
         raw = max((pulse["worst_raw"] for pulse in self.pulses), default=0)
         with book.case("window", f"answers all along: {name}") as case:
             case.sees(f"{beats} questions, the longest wait {worst * 1000:.0f} ms "
-                      f"({raw * 1000:.0f} ms with the machine's own waits), {len(late)} over 100 ms")
+                      f"({raw * 1000:.0f} ms with the machine's own waits), "
+                      f"{len(late)} over 100 ms")
             case.after = "nothing to heal"
             case.expect("questions at all", beats > 0, True)
             case.expect("a window that hangs", worst > HANG, False)
