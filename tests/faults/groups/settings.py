@@ -41,9 +41,9 @@ def damaged(ground: Ground, case: Case, harm: settings_damage.Harm) -> None:
     before = player.settings.read_bytes() if player.settings.is_file() else None
     outcome = ground.ends(case, ground.run(case), VALID)
     case.sees(shown(outcome))
-    aside = player.settings.with_name(player.settings.name + ".bad")
-    if aside.exists():
-        case.expect("the damaged bytes, kept aside", aside.read_bytes(), before)
+    aside = [path.read_bytes() for path in player.settings.parent.glob("*.bad*")]
+    if aside:
+        case.expect("the damaged bytes, kept aside", before in aside, True)
         case.settings = "damaged by the case, kept aside"
     elif player.settings.is_dir():
         case.settings = "a folder by the case, kept"

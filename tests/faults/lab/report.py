@@ -33,6 +33,9 @@ BOUNDS = """
 
 - Without a byte for 60 s an answer has failed: "The request timed out." A pause of the launcher's
   own does not count.
+- Answers are taken up to these sizes, and fail beyond: a manifest 64 MB, a login reply 128 MB, an
+  installer 1 GB, a game file a quarter of the memory (512 MB at least) packed and half of it
+  (1 GB at least) unpacked.
 - While more than 256 MB of bodies wait to be written, the engine reads no further.
 - `--update` gives up after three rounds in a row that healed nothing. The window goes on.
 - News as text, which only players without OpenGL and root get, are laid out on the window's
