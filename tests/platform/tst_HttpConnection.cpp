@@ -4,8 +4,6 @@
 #include "platform/HttpClient.h"
 
 #include <QEventLoop>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
 
@@ -34,7 +32,6 @@ private slots:
     void neverSendsABodyTwice();
     void timesOutWhenNothingArrives_data();
     void timesOutWhenNothingArrives();
-    void connectsAnewAfterAHandshakeThatTimedOut();
     void doesNotTimeOutWhileDataArrives();
     void slowsTheSenderDownWhilePausedAndGoesOnAfterwards();
     void keepsTheEndBackWhilePaused_data();
@@ -306,35 +303,6 @@ void TestHttpConnection::timesOutWhenNothingArrives()
     QCOMPARE(delegate->events().last(), QStringLiteral("failure"));
     QCOMPARE(delegate->error().localizedDescription, QStringLiteral("The request timed out."));
     QVERIFY(delegate->error().code != 0);
-}
-
-void TestHttpConnection::connectsAnewAfterAHandshakeThatTimedOut()
-{
-    // The first connection is never answered, the others are passed on.
-    TestServer server;
-    server.route("/file", TestReply::whole("body"));
-    QTcpServer doorman;
-    QVERIFY(doorman.listen(QHostAddress::LocalHost));
-    int count = 0;
-    connect(&doorman, &QTcpServer::newConnection, this, [&] {
-        QTcpSocket *client = doorman.nextPendingConnection();
-        if (++count == 1)
-            return;
-        auto *inside = new QTcpSocket(client);
-        inside->connectToHost(QHostAddress::LocalHost, server.port());
-        connect(client, &QTcpSocket::readyRead, inside, [=] { inside->write(client->readAll()); });
-        connect(inside, &QTcpSocket::readyRead, client, [=] { client->write(inside->readAll()); });
-    });
-    HttpRequest request;
-    request.url = server.url("/file");
-    request.url.setPort(doorman.serverPort());
-    request.idleTimeout = 500ms;
-    QCOMPARE(run(request)->error().localizedDescription, QStringLiteral("The request timed out."));
-    request.idleTimeout = 5000ms;
-    const auto second = run(request);
-    QCOMPARE(second->error().localizedDescription, QString());
-    QCOMPARE(second->data(), QByteArray("body"));
-    QCOMPARE(count, 2);
 }
 
 void TestHttpConnection::doesNotTimeOutWhileDataArrives()

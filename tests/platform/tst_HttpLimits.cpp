@@ -3,11 +3,15 @@
 #include "TestServer.h"
 #include "platform/HttpClient.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 
 #include <new>
 
 Q_DECLARE_METATYPE(TestReply)
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -44,6 +48,7 @@ private slots:
     void endsABodyWithoutEnd();
     void failsWhenThereIsNoMemoryForTheBody_data();
     void failsWhenThereIsNoMemoryForTheBody();
+    void connectsAnewAfterAHandshakeThatTimedOut();
 
 private:
     template<class Delegate>
@@ -139,6 +144,40 @@ void TestHttpLimits::failsWhenThereIsNoMemoryForTheBody()
     QTRY_VERIFY_WITH_TIMEOUT(!delegate->ends.isEmpty(), PatienceMs);
     QCOMPARE(delegate->ends,
              QStringList{QStringLiteral("There is not enough memory for the answer.")});
+}
+
+void TestHttpLimits::connectsAnewAfterAHandshakeThatTimedOut()
+{
+    // The first connection is never answered, the others are passed on.
+    TestServer server;
+    server.route("/file", TestReply::whole("body"));
+    QTcpServer doorman;
+    QVERIFY(doorman.listen(QHostAddress::LocalHost));
+    int count = 0;
+    connect(&doorman, &QTcpServer::newConnection, this, [&] {
+        QTcpSocket *client = doorman.nextPendingConnection();
+        if (++count == 1)
+            return;
+        auto *inside = new QTcpSocket(client);
+        inside->connectToHost(QHostAddress::LocalHost, server.port());
+        connect(client, &QTcpSocket::readyRead, inside, [=] { inside->write(client->readAll()); });
+        connect(inside, &QTcpSocket::readyRead, client, [=] { client->write(inside->readAll()); });
+    });
+    HttpRequest request;
+    request.url = server.url("/file");
+    request.url.setPort(doorman.serverPort());
+    request.idleTimeout = 500ms;
+    const auto first = std::make_shared<RecordingConnectionDelegate>();
+    m_client->makeConnection(request, first)->start();
+    QTRY_VERIFY_WITH_TIMEOUT(first->hasEnded(), PatienceMs);
+    QCOMPARE(first->error().localizedDescription, QStringLiteral("The request timed out."));
+    request.idleTimeout = 5000ms;
+    const auto second = std::make_shared<RecordingConnectionDelegate>();
+    m_client->makeConnection(request, second)->start();
+    QTRY_VERIFY_WITH_TIMEOUT(second->hasEnded(), PatienceMs);
+    QCOMPARE(second->error().localizedDescription, QString());
+    QCOMPARE(second->data(), QByteArray("body"));
+    QCOMPARE(count, 2);
 }
 
 QUELLMOOR_TEST(TestHttpLimits, "HttpLimits")
