@@ -88,7 +88,14 @@ FakeFprint::FakeFprint(const PrivateBus &bus, Kind kind) : m_connection(connectT
         qFatal("cannot serve: %s", qPrintable(m_connection.lastError().message()));
 }
 
-FakeFprint::~FakeFprint() { QDBusConnection::disconnectFromBus(m_connection.name()); }
+// A call that nobody has delivered yet is answered with an error when its event goes, for which it
+// needs the connection: it goes while there is one, and no other comes after it.
+FakeFprint::~FakeFprint()
+{
+    m_connection.unregisterObject(ObjectsPath, QDBusConnection::UnregisterTree);
+    QCoreApplication::removePostedEvents(this);
+    QDBusConnection::disconnectFromBus(m_connection.name());
+}
 
 void FakeFprint::refuse(const QString &method, const QString &errorName)
 {
