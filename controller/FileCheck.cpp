@@ -86,8 +86,13 @@ private:
         const auto file =
             std::make_shared<VARNOResourceFile>(TrustedFiles::downloadUrl(m_gameFilesUrl, what.key),
                                                 what.path, what.value, m_cache, m_patchesUrl);
-        if (file->isValid())
+        if (file->isValid()) {
+            // A write only began after the file's entry was gone, so that a killed launcher leaves
+            // nothing beside a file that is trusted; beside a wrong one the next write takes it
+            // over.
+            FileSystem::removeUnfinishedWrite(what.path);
             return;
+        }
         ++m_result.invalidCount;
         enqueueWhatIsNeeded(file);
     }

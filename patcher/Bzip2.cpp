@@ -2,10 +2,10 @@
 
 #include "patcher/Bzip2Blocks.h"
 #include "patcher/Bzip2Decoder.h"
-#include "platform/Limits.h"
 
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <functional>
@@ -58,9 +58,10 @@ public:
     };
 
     BlockwiseDecoder(const QByteArray &stream, const std::vector<Bzip2Block> &blocks,
-                     Helpers helpers)
+                     qint64 largestContents, Helpers helpers)
         : m_stream(stream),
           m_blocks(blocks),
+          m_largestContents(largestContents),
           m_helpers(std::move(helpers)),
           m_results(blocks.size())
     {
@@ -121,11 +122,12 @@ private:
 
     bool append(QByteArray &output, const QByteArray &contents)
     {
-        if (output.size() + contents.size() > Limits::gameFileContents())
+        if (output.size() + contents.size() > m_largestContents)
             return false;
         try {
             if (output.isEmpty())
-                output.reserve(contents.size() * qsizetype(m_blocks.size()));
+                output.reserve(
+                    std::min(contents.size() * qint64(m_blocks.size()), m_largestContents));
             output.append(contents);
             return true;
         } catch (const std::bad_alloc &) {
@@ -174,7 +176,7 @@ private:
         try {
             const qsizetype blockSize = (m_stream[3] - '0') * BytesPerLevel;
             contents = Bzip2Decoder::decodeExactly(bzip2StreamOfBlock(m_stream, m_blocks[index]),
-                                                   blockSize + blockSize / 8);
+                                                   blockSize + blockSize / 8, m_largestContents);
         } catch (const std::bad_alloc &) {
             contents.reset();
         }
@@ -193,6 +195,7 @@ private:
 
     const QByteArray &m_stream;
     const std::vector<Bzip2Block> &m_blocks;
+    const qint64 m_largestContents;
     const Helpers m_helpers;
     std::atomic<size_t> m_threadCount = 1;
     std::mutex m_mutex; // guards everything below
@@ -203,27 +206,28 @@ private:
     bool m_hasFailed = false;
 };
 
-std::optional<QByteArray> decodePlainly(const QByteArray &compressed)
+std::optional<QByteArray> decodePlainly(const QByteArray &compressed, qint64 largestContents)
 {
     try {
-        return Bzip2Decoder::decode(compressed);
+        return Bzip2Decoder::decode(compressed, largestContents);
     } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
 }
 
 // Whatever goes another way than expected is left to libbz2 alone, so that the result is libbz2's.
-std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed,
+std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed, qint64 largestContents,
                                             const BlockwiseDecoder::Helpers &helpers)
 {
     try {
         if (const auto blocks = findBzip2Blocks(compressed)) {
-            if (auto contents = BlockwiseDecoder(compressed, *blocks, helpers).decode())
+            if (auto contents =
+                    BlockwiseDecoder(compressed, *blocks, largestContents, helpers).decode())
                 return contents;
         }
     } catch (const std::bad_alloc &) { // too many blocks to keep apart
     }
-    return decodePlainly(compressed);
+    return decodePlainly(compressed, largestContents);
 }
 
 } // namespace
@@ -232,16 +236,18 @@ std::optional<QByteArray> decompressBzip2(QByteArray compressed)
 {
     IdleCores &cores = IdleCores::shared();
     cores.occupy();
-    auto contents = decodeWithHelpers(
-        compressed, {[&cores] { return cores.tryOccupy(); }, [&cores] { cores.release(); }});
+    auto contents =
+        decodeWithHelpers(compressed, Limits::gameFileContents(),
+                          {[&cores] { return cores.tryOccupy(); }, [&cores] { cores.release(); }});
     cores.release();
     return contents;
 }
 
-std::optional<QByteArray> decompressBzip2(const QByteArray &compressed, int threads)
+std::optional<QByteArray> decompressBzip2(const QByteArray &compressed, int threads,
+                                          qint64 largestContents)
 {
     if (threads <= 1)
-        return decodePlainly(compressed);
+        return decodePlainly(compressed, largestContents);
     std::atomic<int> left = threads - 1;
-    return decodeWithHelpers(compressed, {[&left] { return left-- > 0; }, [] {}});
+    return decodeWithHelpers(compressed, largestContents, {[&left] { return left-- > 0; }, [] {}});
 }

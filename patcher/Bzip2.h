@@ -1,14 +1,19 @@
 #pragma once
 
+#include "platform/Limits.h"
+
 #include <QByteArray>
 
 #include <optional>
 
 // Decompresses one bzip2 stream; what follows its end is ignored. Nothing when the bytes are not a
-// whole, undamaged stream, or when its contents do not fit in memory. Takes the bytes and lets them
-// go as soon as they are decoded. Any thread; while other cores are idle they help with a large
-// stream, and the result is the same.
+// whole, undamaged stream, or when its contents are larger than a game file may be, or than the
+// memory. Takes the bytes and lets them go as soon as they are decoded. Any thread; while other
+// cores are idle they help with a large stream, and the result is the same.
 [[nodiscard]] std::optional<QByteArray> decompressBzip2(QByteArray compressed);
 
 // The same with at most that many threads, whatever else is going on; one means libbz2 alone.
-[[nodiscard]] std::optional<QByteArray> decompressBzip2(const QByteArray &compressed, int threads);
+// Contents of `largestContents` bytes are still taken.
+[[nodiscard]] std::optional<QByteArray>
+decompressBzip2(const QByteArray &compressed, int threads,
+                qint64 largestContents = Limits::gameFileContents());

@@ -1,11 +1,8 @@
 #include "patcher/Bzip2Decoder.h"
 
-#include "platform/Limits.h"
-
 #include <bzlib.h>
 
 #include <algorithm>
-#include <new>
 
 namespace Bzip2Decoder {
 
@@ -20,7 +17,10 @@ constexpr qsizetype LargestStep = 1 << 30;
 class Stream
 {
 public:
-    Stream() { m_isReady = BZ2_bzDecompressInit(&m_stream, 0, 0) == BZ_OK; }
+    explicit Stream(qsizetype largestContents) : m_largestContents(largestContents)
+    {
+        m_isReady = BZ2_bzDecompressInit(&m_stream, 0, 0) == BZ_OK;
+    }
     Stream(const Stream &) = delete;
     Stream &operator=(const Stream &) = delete;
     ~Stream()
@@ -33,11 +33,13 @@ public:
     {
         if (!m_isReady)
             return std::nullopt;
-        QByteArray output(sizeHint, Qt::Uninitialized);
+        // One byte of room more shows that there is more.
+        const qsizetype most = m_largestContents + 1;
+        QByteArray output(std::min(sizeHint, most), Qt::Uninitialized);
         qsizetype written = 0;
-        for (;;) {
+        while (written <= m_largestContents) {
             if (written == output.size())
-                output.resize(twice(output.size()));
+                output.resize(std::min(output.size() * 2, most));
             const qsizetype given = std::min(compressed.size() - m_read, LargestStep);
             const qsizetype room = std::min(output.size() - written, LargestStep);
             // libbz2 only reads its input, although its interface does not say so.
@@ -50,26 +52,20 @@ public:
             const qsizetype produced = room - qsizetype(m_stream.avail_out);
             m_read += consumed;
             written += produced;
-            if (result == BZ_STREAM_END) {
+            if (result == BZ_STREAM_END && written <= m_largestContents) {
                 output.truncate(written);
                 return output;
             }
             if (result != BZ_OK || (consumed == 0 && produced == 0))
                 return std::nullopt;
         }
+        return std::nullopt;
     }
 
     [[nodiscard]] qsizetype bytesRead() const { return m_read; }
 
 private:
-    static qsizetype twice(qsizetype size)
-    {
-        const qsizetype limit = Limits::gameFileContents();
-        if (size >= limit)
-            throw std::bad_alloc();
-        return std::min(size * 2, limit);
-    }
-
+    const qsizetype m_largestContents;
     bz_stream m_stream{};
     bool m_isReady = false;
     qsizetype m_read = 0;
@@ -77,14 +73,16 @@ private:
 
 } // namespace
 
-std::optional<QByteArray> decode(const QByteArray &stream)
+std::optional<QByteArray> decode(const QByteArray &stream, qsizetype largestContents)
 {
-    return Stream().decode(stream, std::max(SmallestOutput, stream.size() * UsualRatio));
+    return Stream(largestContents)
+        .decode(stream, std::max(SmallestOutput, stream.size() * UsualRatio));
 }
 
-std::optional<QByteArray> decodeExactly(const QByteArray &stream, qsizetype sizeHint)
+std::optional<QByteArray> decodeExactly(const QByteArray &stream, qsizetype sizeHint,
+                                        qsizetype largestContents)
 {
-    Stream decoder;
+    Stream decoder(largestContents);
     auto contents = decoder.decode(stream, std::max(SmallestOutput, sizeHint));
     if (decoder.bytesRead() != stream.size())
         return std::nullopt;

@@ -64,6 +64,10 @@ std::optional<Error> createDirectory(const QString &path);
 // read and write it. The folder must exist. Does not wait for the disk: see synchronize().
 std::optional<Error> writeAtomically(const QString &path, const QByteArray &bytes);
 
+// Removes what a writeAtomically() to that path left beside it when it was killed; not for a file
+// that another process may be writing. Whatever goes wrong leaves it there.
+void removeUnfinishedWrite(const QString &path);
+
 // Writes these bytes to `path` in place, making or truncating the file: after a failure a part of
 // it may be there.
 std::optional<Error> write(const QString &path, const QByteArray &bytes);

@@ -214,6 +214,13 @@ std::optional<Error> writeAtomically(const QString &path, const QByteArray &byte
     return systemError(QStringLiteral("Cannot write"), path, number);
 }
 
+void removeUnfinishedWrite(const QString &path)
+{
+    const QByteArray target = QFile::encodeName(path);
+    const std::lock_guard lock(writerMutex(target));
+    unlink(partPath(target).constData());
+}
+
 std::optional<Error> write(const QString &path, const QByteArray &bytes)
 {
     Descriptor file(open(QFile::encodeName(path).constData(),

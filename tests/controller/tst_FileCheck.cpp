@@ -44,6 +44,7 @@ private slots:
     void neverPlansPatchesWhenTheyAreDisabled();
     void leavesOutAndLogsAKeyThatLeavesTheFolder();
     void fetchesAnEntryOfTheWrongTypeEveryTime();
+    void clearsAwayWhatAKilledLauncherLeftBesideARightFile();
     void savesTheSettingsOnceForTheNextStart();
     void tellsItsProgressAfterEachFile();
 
@@ -193,6 +194,29 @@ void TestFileCheck::fetchesAnEntryOfTheWrongTypeEveryTime()
     const QJsonObject files{{QStringLiteral("a"), 12}};
     QCOMPARE(enqueuedBy(files), whole);
     QCOMPARE(enqueuedBy(files), whole);
+}
+
+// The manifest went back to an earlier file while the later one was being written.
+void TestFileCheck::clearsAwayWhatAKilledLauncherLeftBesideARightFile()
+{
+    const QJsonObject later{{QStringLiteral("a/b"), entry(shortHash("later"))},
+                            {QStringLiteral("a/c"), entry(shortHash("other"))}};
+    install(QStringLiteral("a/b"), "earlier");
+    install(QStringLiteral("a/c"), "other");
+    QCOMPARE(enqueuedBy(later).size(), 1);
+    install(QStringLiteral("a/.b.quellmoor-part"), "lat");
+    const QStringList players{QStringLiteral("a/b.quellmoor-part"),
+                              QStringLiteral("a/.d.quellmoor-part"), QStringLiteral("a/.b")};
+    for (const QString &name : players)
+        install(name, "the player's own");
+
+    const QJsonObject earlier{{QStringLiteral("a/b"), entry(shortHash("earlier"))},
+                              {QStringLiteral("a/c"), entry(shortHash("other"))}};
+    QCOMPARE(enqueuedBy(earlier), QStringList());
+    const QDir folder(m_configuration.gameFolder());
+    QVERIFY(!folder.exists(QStringLiteral("a/.b.quellmoor-part")));
+    for (const QString &name : players)
+        QVERIFY2(folder.exists(name), qPrintable(name));
 }
 
 void TestFileCheck::savesTheSettingsOnceForTheNextStart()

@@ -5,7 +5,10 @@
 #include "patcher/Bzip2.h"
 #include "patcher/Bzip2Blocks.h"
 
+#include <QFile>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -101,6 +104,9 @@ private slots:
     void agreesForEveryTailOfNoise();
     void unpacksBombsToWhatTheyAre_data();
     void unpacksBombsToWhatTheyAre();
+    void refusesContentsBeyondTheLimit_data();
+    void refusesContentsBeyondTheLimit();
+    void limitsContentsByTheMemory();
 };
 
 void TestBzip2Damage::hasTheMagicInsideABlock()
@@ -172,6 +178,47 @@ void TestBzip2Damage::unpacksBombsToWhatTheyAre()
     QVERIFY(decompressBzip2(stream, 1) == expected);
     QVERIFY(decompressBzip2(stream, TwoThreads) == expected);
     QVERIFY(!decompressBzip2(stream.left(bomb(1).size() - 1), TwoThreads));
+}
+
+void TestBzip2Damage::refusesContentsBeyondTheLimit_data()
+{
+    QTest::addColumn<QByteArray>("stream");
+    QTest::addColumn<qsizetype>("size");
+    QTest::newRow("no contents") << compressBzip2(QByteArray()) << qsizetype(0);
+    QTest::newRow("one block") << compressBzip2("the quick brown fox") << qsizetype(19);
+    QTest::newRow("a bomb of one block") << bomb(1) << qsizetype(10'000'000);
+    QTest::newRow("a bomb of four blocks") << bomb(4) << qsizetype(40'000'000);
+    // As large packed as unpacked, so that the first guess at its size is too large.
+    const QByteArray noise = compressBzip2(bomb(4));
+    QTest::newRow("hardly packed") << compressBzip2(noise) << noise.size();
+}
+
+void TestBzip2Damage::refusesContentsBeyondTheLimit()
+{
+    QFETCH(QByteArray, stream);
+    QFETCH(qsizetype, size);
+    for (const int threads : {1, TwoThreads}) {
+        const Contents taken = decompressBzip2(stream, threads, size);
+        QVERIFY(taken);
+        QCOMPARE(taken->size(), size);
+        QCOMPARE(decompressBzip2(stream, threads, size + 1), taken);
+        QVERIFY(!decompressBzip2(stream, threads, size - 1));
+        QVERIFY(!decompressBzip2(stream, threads, size / 3 - 1));
+    }
+}
+
+void TestBzip2Damage::limitsContentsByTheMemory()
+{
+    QFile file(QStringLiteral("/proc/meminfo"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> words = file.readLine().simplified().split(' ');
+    QCOMPARE(words.value(0), "MemTotal:");
+    const qint64 half = words.value(1).toLongLong() * 1024 / 2;
+    constexpr qint64 Least = 1024LL * 1024 * 1024;
+    QVERIFY(half > 0);
+    QVERIFY(Limits::gameFileContents() >= Least);
+    // The kernel's own part is counted by some and not by others.
+    QVERIFY(Limits::gameFileContents() <= std::max(half + half / 10, Least));
 }
 
 QUELLMOOR_TEST(TestBzip2Damage, "Bzip2Damage")

@@ -36,6 +36,7 @@ private slots:
     void takesOverWhatAKilledWriterLeft_data();
     void takesOverWhatAKilledWriterLeft();
     void neverWritesThroughALinkInPlaceOfAPart();
+    void removesOnlyWhatAKilledWriteLeft();
     void neverTearsAFileThatManyWrite();
     void keepsLongNamesApart();
 };
@@ -233,6 +234,28 @@ void TestAtomicWrite::neverWritesThroughALinkInPlaceOfAPart()
     QVERIFY(!FileSystem::writeAtomically(folder.path(QStringLiteral("file")), "new"));
     QCOMPARE(folder.tree(),
              QStringList({QStringLiteral("file=new"), QStringLiteral("victim=precious")}));
+}
+
+void TestAtomicWrite::removesOnlyWhatAKilledWriteLeft()
+{
+    const TestFolder folder;
+    const auto part = QStringLiteral(".file.quellmoor-part");
+    const QString path = folder.path(QStringLiteral("file"));
+    folder.write(QStringLiteral("file"), "old");
+    folder.write(QStringLiteral("victim"), "precious");
+    const QStringList before = folder.tree();
+    FileSystem::removeUnfinishedWrite(path);
+    QCOMPARE(folder.tree(), before);
+    folder.write(part, "ne");
+    FileSystem::removeUnfinishedWrite(path);
+    QCOMPARE(folder.tree(), before);
+    folder.link(folder.path(QStringLiteral("victim")), part);
+    FileSystem::removeUnfinishedWrite(path);
+    QCOMPARE(folder.tree(), before);
+    QVERIFY(QDir(folder.path()).mkdir(part));
+    FileSystem::removeUnfinishedWrite(path);
+    QVERIFY(QDir(folder.path()).exists(part));
+    QCOMPARE(folder.tree().size(), before.size() + 1);
 }
 
 void TestAtomicWrite::neverTearsAFileThatManyWrite()
