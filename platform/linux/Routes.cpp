@@ -77,7 +77,8 @@ std::optional<bool> read(const NetlinkSocket &socket)
 {
     alignas(nlmsghdr) Buffer buffer;
     const ssize_t size = recv(socket.descriptor(), buffer.data(), buffer.size(), 0);
-    const auto *header = reinterpret_cast<const nlmsghdr *>(buffer.data());
+    // Not const, since the macro for what follows it casts that away.
+    auto *header = reinterpret_cast<nlmsghdr *>(buffer.data());
     if (size < ssize_t(sizeof *header) || !NLMSG_OK(header, size_t(size)))
         return std::nullopt;
     if (header->nlmsg_type == NLMSG_ERROR)
