@@ -41,7 +41,7 @@ QString Translations::languageFor(const QStringList &uiLanguages)
 {
     const QStringList translated = languages();
     for (const QString &language : uiLanguages) {
-        const QString code = codeOf(language);
+        QString code = codeOf(language);
         if (code == English || translated.contains(code))
             return code;
     }

@@ -232,7 +232,9 @@ std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed, qint64
 
 } // namespace
 
-std::optional<QByteArray> decompressBzip2(QByteArray compressed)
+// By value, so that the caller's bytes can end with the call.
+std::optional<QByteArray>
+decompressBzip2(QByteArray compressed) // NOLINT(*-unnecessary-value-param)
 {
     IdleCores &cores = IdleCores::shared();
     cores.occupy();

@@ -12,11 +12,12 @@ constexpr int MagicBits = 48;
 constexpr int CrcBits = 32;
 constexpr int HeaderBytes = 4; // "BZh" and the block size
 constexpr int BitsPerByte = 8;
+constexpr qint64 HeaderBits = 32;
 
 // A pattern of 48 bits, wherever it begins, covers a whole word of 16 bits that begins at a
 // multiple of 32 bits; that word begins this many bits into the pattern at most.
 constexpr int ProbeBits = 16;
-constexpr int ProbeStepBytes = 4;
+constexpr qint64 ProbeStepBytes = 4;
 constexpr int LastProbeShift = MagicBits - ProbeBits;
 
 // Bits are counted from the first byte's highest on. Bytes behind the end read as zero.
@@ -70,7 +71,7 @@ void addBlocksAround(const QByteArray &stream, qint64 probeBit, std::vector<qint
 {
     for (int shift = LastProbeShift; shift >= 0; --shift) {
         const qint64 start = probeBit - shift;
-        if (start >= HeaderBytes * BitsPerByte && bitsAt(stream, start, MagicBits) == BlockMagic &&
+        if (start >= HeaderBits && bitsAt(stream, start, MagicBits) == BlockMagic &&
             (starts.empty() || starts.back() < start))
             starts.push_back(start);
     }
@@ -102,7 +103,7 @@ std::optional<qint64> findEnd(const QByteArray &stream)
     const qint64 allBits = stream.size() * BitsPerByte;
     for (int padding = 0; padding < BitsPerByte; ++padding) {
         const qint64 end = allBits - padding - CrcBits - MagicBits;
-        if (end >= HeaderBytes * BitsPerByte && bitsAt(stream, end, MagicBits) == EndMagic)
+        if (end >= HeaderBits && bitsAt(stream, end, MagicBits) == EndMagic)
             return end;
     }
     return std::nullopt;
@@ -146,7 +147,7 @@ std::optional<std::vector<Bzip2Block>> findBzip2Blocks(const QByteArray &stream)
         return std::nullopt;
     const std::optional<qint64> end = findEnd(stream);
     const std::vector<qint64> starts = end ? findBlockStarts(stream) : std::vector<qint64>();
-    if (starts.size() < 2 || starts.front() != HeaderBytes * BitsPerByte)
+    if (starts.size() < 2 || starts.front() != HeaderBits)
         return std::nullopt;
 
     std::vector<Bzip2Block> blocks;

@@ -9,7 +9,7 @@ namespace Bzip2Decoder {
 namespace {
 
 // The output grows as it comes: a few hundred bytes can stand for a gigabyte.
-constexpr qsizetype SmallestOutput = 64 * 1024;
+constexpr qsizetype SmallestOutput = 64LL * 1024;
 constexpr qsizetype UsualRatio = 3;
 // libbz2 counts what it is given and gives in 32 bits.
 constexpr qsizetype LargestStep = 1 << 30;

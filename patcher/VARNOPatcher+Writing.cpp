@@ -47,7 +47,7 @@ VARNOPatcher::writeQueueForFile(const std::shared_ptr<Downloadable> &file)
 
 std::shared_ptr<DispatchQueue> VARNOPatcher::serialQueueForFile(const VARNOPatchFile &file)
 {
-    const QString path = file.localPath();
+    const QString &path = file.localPath();
     if (path.isEmpty())
         qFatal("VARNOPatcher: a patch without a local path");
     const QUrl url = file.downloadURL();

@@ -12,7 +12,7 @@ constexpr double MegaBytesPerByte = 9.5367431640625e-07;
 
 // A length that a server only promises costs at most this much; beyond it the buffer grows with
 // what arrives.
-constexpr qint64 LargestReservation = 64 * 1024 * 1024;
+constexpr qint64 LargestReservation = 64LL * 1024 * 1024;
 
 } // namespace
 
@@ -131,6 +131,7 @@ bool VARNOPatcher::startDownloadWithFile(const std::shared_ptr<Downloadable> &fi
     if (isTooMuchWaiting()) {
         connection->setPaused(true);
         // A write that ended meanwhile may have let the connection go on before it was paused.
+        // cppcheck-suppress oppositeInnerCondition ; another thread changes the answer
         if (!isTooMuchWaiting())
             connection->setPaused(false);
     }

@@ -30,7 +30,7 @@ class VARNOPatcher final : public HttpConnectionDelegate,
 {
 public:
     // Bodies that wait to be written may take this much; above it the sender is slowed down.
-    static constexpr qint64 WaitingBytesLimit = 256 * 1024 * 1024;
+    static constexpr qint64 WaitingBytesLimit = 256LL * 1024 * 1024;
 
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 

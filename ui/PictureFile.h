@@ -31,7 +31,8 @@ struct PictureFile
         const Header header{points.width(), points.height(), image.width(), image.height()};
         QByteArray bytes(reinterpret_cast<const char *>(&header), sizeof header);
         for (int y = 0; y < image.height(); ++y)
-            bytes.append(reinterpret_cast<const char *>(image.constScanLine(y)), image.width() * 4);
+            bytes.append(reinterpret_cast<const char *>(image.constScanLine(y)),
+                         qsizetype(image.width()) * 4);
         return bytes;
     }
 

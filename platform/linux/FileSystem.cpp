@@ -19,8 +19,8 @@ namespace FileSystem {
 
 namespace {
 
-constexpr size_t PieceSize = 128 * 1024;
-constexpr off_t BytesReadAhead = 1024 * 1024;
+constexpr size_t PieceSize = 128UL * 1024;
+constexpr off_t BytesReadAhead = 1024L * 1024;
 constexpr mode_t NewFileMode = 0666;
 constexpr auto PartSuffix = ".quellmoor-part";
 constexpr qsizetype LongestName = 255;

@@ -13,7 +13,7 @@
 namespace {
 
 // What waits inside Qt while we do not read; the sender is slowed down beyond it.
-constexpr qint64 ReadBufferSize = 1024 * 1024;
+constexpr qint64 ReadBufferSize = 1024LL * 1024;
 
 QThreadStorage<std::shared_ptr<QNetworkAccessManager>> managers;
 

@@ -20,7 +20,7 @@ QUrl HttpUrl::fromText(const QString &text, QUrl::ParsingMode mode)
 {
     static const QRegularExpression authority(
         QStringLiteral("\\A(?:https?:)?//([A-Za-z0-9._-]+)(?=[:/?#]|\\z)"));
-    const QUrl url(text, mode);
+    QUrl url(text, mode);
     if (url.isValid())
         return url;
     const QRegularExpressionMatch match = authority.match(text);

@@ -25,7 +25,7 @@ void createFolderOf(const QByteArray &path)
 
 } // namespace
 
-RotatingFile::RotatingFile(QString path) : m_path(QFile::encodeName(path)) {}
+RotatingFile::RotatingFile(const QString &path) : m_path(QFile::encodeName(path)) {}
 
 RotatingFile::~RotatingFile() { close(); }
 

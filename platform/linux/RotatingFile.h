@@ -15,7 +15,7 @@ public:
     static constexpr int FileCount = 5;
 
     // Nothing happens on the disk before the first line.
-    explicit RotatingFile(QString path);
+    explicit RotatingFile(const QString &path);
     ~RotatingFile();
     RotatingFile(const RotatingFile &) = delete;
     RotatingFile &operator=(const RotatingFile &) = delete;

@@ -69,7 +69,7 @@ std::optional<Error> UserDefaults::synchronize()
     }
     if (changes.isEmpty())
         return std::nullopt;
-    const std::optional<Error> error = SettingsDatabase::save(m_path, changes, values);
+    std::optional<Error> error = SettingsDatabase::save(m_path, changes, values);
     if (!error)
         return std::nullopt;
     ErrorHandler::log(error->localizedDescription);
