@@ -37,14 +37,15 @@ const auto Table =
 bool isDamage(const QSqlError &error)
 {
     constexpr int Unreadable = 1; // what we ask is right, so it is the schema
+    constexpr int NoMemory = 7;   // a length in the file that no memory has room for
     constexpr int FormatForReadingOnly = 8;
     constexpr int Corrupt = 11;
     constexpr int NotADatabase = 26;
     // Variants of "read only" speak of the folder or of another process.
     const int code = error.nativeErrorCode().toInt();
     const int kind = code & 0xff;
-    return code == FormatForReadingOnly || kind == Unreadable || kind == Corrupt ||
-           kind == NotADatabase;
+    return code == FormatForReadingOnly || kind == Unreadable || kind == NoMemory ||
+           kind == Corrupt || kind == NotADatabase;
 }
 
 // A connection of Qt's belongs to one thread; this one lives for one load or save.

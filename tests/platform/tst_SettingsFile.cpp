@@ -117,6 +117,14 @@ void TestSettingsFile::setsADamagedFileAside_data()
         bytes[47] = 99;
         return bytes;
     });
+    QTest::newRow("a row longer than any memory") << Damage([](QByteArray) {
+        QByteArray bytes(512, '\0');
+        bytes.replace(0, 16, QByteArray("SQLite format 3", 16));
+        bytes.replace(16, 8, QByteArray("\2\0\1\1\0\x40\x20\x20", 8));     // pages of 512 bytes
+        bytes.replace(100, 10, QByteArray("\xd\0\0\0\1\0\0\0\1\xa5", 10)); // one row, at 0x1a5
+        bytes.replace(0x1a5, 12, QByteArray(10, '\xff') + QByteArray("\0\x49", 2));
+        return bytes;
+    });
 }
 
 void TestSettingsFile::setsADamagedFileAside()
