@@ -37,7 +37,8 @@ const auto Table =
 bool isDamage(const QSqlError &error)
 {
     constexpr int Unreadable = 1; // what we ask is right, so it is the schema
-    constexpr int NoMemory = 7;   // a length in the file that no memory has room for
+    constexpr int NoMemory = 7;   // so it calls a length in the file that no memory has room for,
+    constexpr int TooLong = 18;   // and one far beyond any value of ours
     constexpr int FormatForReadingOnly = 8;
     constexpr int Corrupt = 11;
     constexpr int NotADatabase = 26;
@@ -45,7 +46,7 @@ bool isDamage(const QSqlError &error)
     const int code = error.nativeErrorCode().toInt();
     const int kind = code & 0xff;
     return code == FormatForReadingOnly || kind == Unreadable || kind == NoMemory ||
-           kind == Corrupt || kind == NotADatabase;
+           kind == TooLong || kind == Corrupt || kind == NotADatabase;
 }
 
 // A connection of Qt's belongs to one thread; this one lives for one load or save.

@@ -51,6 +51,17 @@ void saveMany(const TestFolder &folder)
         defaults.set(QStringLiteral("key %1").arg(i), QStringLiteral("value"));
 }
 
+// One page, on which a row describes a table.
+QByteArray databaseOfOneRow(const QByteArray &row)
+{
+    constexpr qsizetype rowAt = 0x189;
+    QByteArray bytes(512, '\0');
+    bytes.replace(0, 16, QByteArray("SQLite format 3", 16));
+    bytes.replace(16, 8, QByteArray("\2\0\1\1\0\x40\x20\x20", 8));
+    bytes.replace(100, 10, QByteArray("\xd\0\0\0\1\0\0\0\1\x89", 10));
+    return bytes.replace(rowAt, row.size(), row);
+}
+
 bool canBeSaved(const TestFolder &folder)
 {
     {
@@ -118,12 +129,11 @@ void TestSettingsFile::setsADamagedFileAside_data()
         return bytes;
     });
     QTest::newRow("a row longer than any memory") << Damage([](QByteArray) {
-        QByteArray bytes(512, '\0');
-        bytes.replace(0, 16, QByteArray("SQLite format 3", 16));
-        bytes.replace(16, 8, QByteArray("\2\0\1\1\0\x40\x20\x20", 8));     // pages of 512 bytes
-        bytes.replace(100, 10, QByteArray("\xd\0\0\0\1\0\0\0\1\xa5", 10)); // one row, at 0x1a5
-        bytes.replace(0x1a5, 12, QByteArray(10, '\xff') + QByteArray("\0\x49", 2));
-        return bytes;
+        return databaseOfOneRow(QByteArray(10, '\xff') + QByteArray("\0\x49", 2));
+    });
+    QTest::newRow("a row with a column that is too long") << Damage([](QByteArray) {
+        return databaseOfOneRow(QByteArray(19, '\x9a') + QByteArray("\x14\0\0\0\0", 5) +
+                                QByteArray(4, '\x9a'));
     });
 }
 
