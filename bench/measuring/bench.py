@@ -28,6 +28,14 @@ class Bench:
         return self.build / "app" / "quellmoor-launcher"
 
     @property
+    def window(self) -> Path:
+        return self.launcher.with_name("quellmoor-launcher-window")
+
+    @property
+    def sample_game(self) -> Path:
+        return self.build / "tools" / "sample-game" / "quellmoor-sample-game"
+
+    @property
     def micro(self) -> Path:
         return self.build / "bench" / "micro" / "quellmoor-microbench"
 
@@ -35,17 +43,24 @@ class Bench:
     def relay(self) -> Path:
         return self.build / "bench" / "relay" / "quellmoor-relay"
 
+    def fewer(self, most: int) -> int:
+        """The rounds of what takes too long for all of them."""
+        return min(self.rounds, most)
+
     def sized(self, full: int, quick: int) -> int:
         return quick if self.quick else full
 
 
 @dataclass(frozen=True)
 class Contestant:
-    """A tool at one task. `prepare` is not measured."""
+    """A tool at one task. `prepare` is not measured. It takes part in the first `rounds` only, when
+    more would take too long.
+    """
 
     name: str
     run: Callable[[], None]
     prepare: Callable[[], None] = lambda: None
+    rounds: Optional[int] = None
 
 
 @dataclass
@@ -60,6 +75,13 @@ class Times:
     def median(self, name: str) -> float:
         return statistics.median(self.values[name])
 
+    def rounds(self) -> str:
+        """How often each was measured, in words."""
+        counts = {name: len(values) for name, values in self.values.items()}
+        most = max(counts.values())
+        fewer = "".join(f"; {name}: of {count}" for name, count in counts.items() if count < most)
+        return f"Median of {most}{fewer}."
+
     def ratio(self, name: str, other: str) -> float:
         """How many times longer `name` takes than `other`."""
         return self.median(name) / self.median(other)
@@ -69,7 +91,8 @@ def compete(contestants: Sequence[Contestant], rounds: int, times: Optional[Time
     """Each runs once a round; every second round in the opposite order."""
     times = times or Times()
     for number in range(rounds):
-        for contestant in contestants if number % 2 == 0 else reversed(contestants):
+        present = [one for one in contestants if one.rounds is None or number < one.rounds]
+        for contestant in present if number % 2 == 0 else reversed(present):
             contestant.prepare()
             os.sync()
             started = time.perf_counter()

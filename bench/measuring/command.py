@@ -8,19 +8,22 @@ import shutil
 import subprocess
 import sys
 import time
+import traceback
 from pathlib import Path
 from typing import Optional, Sequence
 
 from harness import isolation
 
-from . import report
+from . import data, report
 from .bench import Bench
 from .sections import SECTIONS
 
 REPOSITORY = Path(__file__).resolve().parents[2]
 AUTHORITY = REPOSITORY / "build" / "localhosts" / "ca.pem"
-TARGETS = ("quellmoor-launcher", "quellmoor-microbench", "quellmoor-relay")
-TOOLS = ("bzip2", "lbzip2", "pbzip2", "sha256sum", "openssl", "wget", "aria2c", "curl", "nginx")
+TARGETS = ("quellmoor-launcher", "quellmoor-microbench", "quellmoor-relay", "quellmoor-sample-game",
+           "quellmoor-empty-window", "quellmoor_first_frame")
+TOOLS = ("bzip2", "lbzip2", "pbzip2", "sha256sum", "openssl", "wget", "aria2c", "curl", "nginx",
+         "Xvfb")
 PROXIES = ("http_proxy", "https_proxy", "all_proxy", "no_proxy")
 
 
@@ -42,18 +45,35 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
     given.data.mkdir(parents=True, exist_ok=True)
     bench = Bench(given.build_folder, given.data, AUTHORITY, given.quick,
                   1 if given.quick else given.rounds)
-    chapters = {}
-    for name in given.sections or SECTIONS:
-        started = time.monotonic()
-        print(f"bench: {name}", flush=True)
-        chapters[name] = SECTIONS[name](bench)
-        print(f"{chapters[name]}\nbench: {name} took {time.monotonic() - started:.0f} s",
-              flush=True)
+    os.environ.update({"QUELLMOOR_LAUNCHER": str(bench.launcher),
+                       "QUELLMOOR_SAMPLE_GAME": str(bench.sample_game),
+                       "QUELLMOOR_EXTRA_CA_FILE": str(bench.authority)})
     target = given.report or (None if given.quick else REPOSITORY / "docs" / "performance.md")
+    if given.prepare:
+        data.make_all(bench)
+        return 0
+    failed = [name for name in given.sections or SECTIONS if not _measure(bench, name, target)]
+    if failed:
+        print(f"bench: {', '.join(failed)} failed", file=sys.stderr)
+    return 1 if failed else 0
+
+
+def _measure(bench: Bench, name: str, target: Optional[Path]) -> bool:
+    """Adds the section's chapter to the report at once: what fails later does not lose it."""
+    load, began, started = os.getloadavg()[0], time.strftime("%F %H:%M"), time.monotonic()
+    print(f"bench: {name}, load {load:.1f}", flush=True)
+    try:
+        chapter = SECTIONS[name](bench)
+    except Exception:  # whatever it is, the other sections can be measured
+        traceback.print_exc()
+        return False
+    took = time.monotonic() - started
+    chapter = (f"{chapter.strip()}\n\nMeasured {began} at commit {report.commit()} in {took:.0f} s; "
+               f"load before: {load:.1f}.\n")
+    print(f"{chapter}\nbench: {name} took {took:.0f} s", flush=True)
     if target:
-        report.write(target, chapters, list(SECTIONS), bench.rounds)
-        print(f"bench: {target}")
-    return 0
+        report.add(target, name, chapter, list(SECTIONS))
+    return True
 
 
 def _parser() -> argparse.ArgumentParser:
@@ -65,6 +85,7 @@ def _parser() -> argparse.ArgumentParser:
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--quick", action="store_true",
                         help="only prove that everything runs: small data, one round, no report")
+    parser.add_argument("--prepare", action="store_true", help="only build and make the data")
     parser.add_argument("--no-build", action="store_true", help="measure what is built")
     parser.add_argument("--build-folder", type=Path, default=REPOSITORY / "build" / "bench")
     parser.add_argument("--data", type=Path, default=REPOSITORY / "build" / "bench-data",
@@ -78,6 +99,7 @@ def _build(folder: Path) -> None:
     subprocess.run([REPOSITORY / "tools" / "localhosts", "--state", AUTHORITY.parent,
                     "--prepare-only", "--quiet"], check=True)
     subprocess.run(["cmake", "--preset", "release", "-B", folder,
-                    f"-DQUELLMOOR_EXTRA_CA_FILE={AUTHORITY}", "-DQUELLMOOR_BENCH=ON"],
+                    f"-DQUELLMOOR_EXTRA_CA_FILE={AUTHORITY}", "-DQUELLMOOR_BENCH=ON",
+                    "-DQUELLMOOR_TOOLS=ON"],
                    cwd=REPOSITORY, check=True, stdout=subprocess.DEVNULL)
     subprocess.run(["cmake", "--build", folder, "--target", *TARGETS], check=True)

@@ -19,7 +19,8 @@ from .bench import Bench
 MEGABYTE = 1_000_000
 REAL_BYTES = ("/usr/lib", "/usr/bin", "/usr/share")
 SPARSE_PIECE = 1 << 20
-SPARSE_REAL = SPARSE_PIECE // 16
+SPARSE_REAL = SPARSE_PIECE // 4
+MEBIBYTE = 1 << 20
 
 
 @dataclass(frozen=True)
@@ -47,13 +48,24 @@ class Game:
     def size(self) -> int:
         return sum((self.source / key).stat().st_size for key in self.keys())
 
+    def largest_size(self) -> int:
+        return max((self.source / key).stat().st_size for key in self.keys())
+
     def compressed_size(self) -> int:
         return sum(path.stat().st_size for path in self.archives())
 
 
 def mixed(bench: Bench) -> Game:
+    return _of_all_sizes(bench, bench.sized(1000, 20), bench.sized(600, 4) * MEGABYTE)
+
+
+def for_the_line(bench: Bench) -> Game:
+    """As the mixed game, but a fifth of it, so that a slow line does not take the whole day."""
+    return _of_all_sizes(bench, bench.sized(200, 10), bench.sized(120, 2) * MEGABYTE)
+
+
+def _of_all_sizes(bench: Bench, count: int, total: int) -> Game:
     """From 10 KB to 4 MB, as many files of each order of magnitude."""
-    count, total = bench.sized(1000, 20), bench.sized(600, 4) * MEGABYTE
     chance = random.Random(1)
     sizes = [10_000 * math.exp(chance.random() * math.log(400)) for _ in range(count)]
     unit = total / sum(sizes)
@@ -72,8 +84,24 @@ def large(bench: Bench) -> Game:
                       [megabytes * MEGABYTE])
 
 
-def repeated(bench: Bench, title: str, count: int, size: int) -> Game:
-    """The same compressible file under many names, which costs little to make."""
+def five_gigabytes(bench: Bench) -> Game:
+    return _repeated(bench, bench.sized(250, 4), bench.sized(20, 2) * MEBIBYTE)
+
+
+def huge(bench: Bench) -> Game:
+    return _repeated(bench, 1, bench.sized(2048, 4) * MEBIBYTE)
+
+
+def make_all(bench: Bench) -> None:
+    for game in (mixed, for_the_line, small, large, five_gigabytes, huge):
+        game(bench)
+
+
+def _repeated(bench: Bench, count: int, size: int) -> Game:
+    """The same file under many names, which costs little to make. Its archive has an eighth of its
+    size: more than may wait to be decoded, for a game of five gigabytes.
+    """
+    title = f"{count} x {size // MEBIBYTE} MiB"
     game = Game(title, bench.data / f"repeated-{count}-{size}")
     if not (game.folder / "done").exists():
         print(f"bench: making {title}", flush=True)

@@ -1,9 +1,12 @@
+#include "platform/Memory.h"
+
 #include <QCoreApplication>
 
 #include <benchmark/benchmark.h>
 
 int main(int argc, char *argv[])
 {
+    Memory::giveLargeBuffersBackAtOnce(); // as the launcher does
     const QCoreApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
