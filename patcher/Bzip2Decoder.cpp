@@ -3,6 +3,7 @@
 #include <bzlib.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace Bzip2Decoder {
 
@@ -14,11 +15,61 @@ constexpr qsizetype UsualRatio = 3;
 // libbz2 counts what it is given and gives in 32 bits.
 constexpr qsizetype LargestStep = 1 << 30;
 
+// What libbz2 needs for the blocks of a stream, 3.6 MB as a rule, is kept for the thread's next
+// one: a stream is often a single block, and new memory costs a twentieth of its decoding.
+class Workspace
+{
+public:
+    Workspace() = default;
+    Workspace(const Workspace &) = delete;
+    Workspace &operator=(const Workspace &) = delete;
+    ~Workspace() { std::free(m_memory); }
+
+    static Workspace &ofThisThread()
+    {
+        static thread_local Workspace workspace;
+        return workspace;
+    }
+
+    void *lend(size_t size)
+    {
+        if (size < SmallestKept || m_isLent)
+            return std::malloc(size);
+        if (size != m_size) {
+            std::free(m_memory);
+            m_memory = std::malloc(size);
+            m_size = m_memory ? size : 0;
+        }
+        m_isLent = m_memory != nullptr;
+        return m_memory;
+    }
+
+    void takeBack(void *memory)
+    {
+        if (m_isLent && memory == m_memory)
+            m_isLent = false;
+        else
+            std::free(memory);
+    }
+
+private:
+    static constexpr size_t SmallestKept = 256 * 1024;
+
+    void *m_memory = nullptr;
+    size_t m_size = 0;
+    bool m_isLent = false;
+};
+
+// To be used on one thread.
 class Stream
 {
 public:
     explicit Stream(qsizetype largestContents) : m_largestContents(largestContents)
     {
+        m_stream.bzalloc = [](void *, int count, int size) {
+            return Workspace::ofThisThread().lend(size_t(count) * size_t(size));
+        };
+        m_stream.bzfree = [](void *, void *memory) { Workspace::ofThisThread().takeBack(memory); };
         m_isReady = BZ2_bzDecompressInit(&m_stream, 0, 0) == BZ_OK;
     }
     Stream(const Stream &) = delete;
