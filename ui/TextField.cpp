@@ -7,6 +7,10 @@
 
 namespace {
 
+// As much as the fields of the interface file have on their left: a text that runs from right to
+// left begins there.
+constexpr double RightPadding = 12;
+
 TextMovement movementOf(Qt::FocusReason reason)
 {
     if (reason == Qt::TabFocusReason)
@@ -40,7 +44,10 @@ void TextField::becomeFirstResponder()
     selectAll();
 }
 
-QRectF TextField::drawingRectForBounds(const QRectF &bounds) const { return bounds; }
+QRectF TextField::drawingRectForBounds(const QRectF &bounds) const
+{
+    return bounds.adjusted(0, 0, -std::min(RightPadding, bounds.width()), 0);
+}
 
 void TextField::keyPressEvent(QKeyEvent *event)
 {

@@ -42,7 +42,8 @@ public:
     // Gives the keyboard back if the field has it.
     void resignFirstResponder() { clearFocus(); }
 
-    // The part of these bounds in which the text is drawn and edited, in points.
+    // The part of these bounds in which the text is drawn and edited, in points: its right end
+    // stays free, whichever way the text runs.
     [[nodiscard]] virtual QRectF drawingRectForBounds(const QRectF &bounds) const;
 
 protected:

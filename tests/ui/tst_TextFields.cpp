@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "ui/AlertPanel.h"
 #include "ui/CustomSecureTextFieldCell.h"
 #include "ui/CustomTextFieldCell.h"
 
@@ -23,6 +24,39 @@ public:
     mutable QRectF asked;
 };
 
+// The columns of a field in which something changes when it holds that text, from the first to the
+// last one; with the caret at its beginning or its end, or all of it selected.
+std::pair<int, int> inkedColumns(TextField &field, const QString &text, const QByteArray &place)
+{
+    field.setPlaceholderText({});
+    field.setStringValue({});
+    const QImage empty = field.grab().toImage();
+    field.setStringValue(text);
+    if (place == "selected")
+        field.selectAll();
+    else if (place == "beginning")
+        field.home(false);
+    const QImage filled = field.grab().toImage();
+    std::pair<int, int> columns{empty.width(), -1};
+    for (int x = 0; x < empty.width(); ++x)
+        for (int y = 0; y < empty.height(); ++y)
+            if (empty.pixel(x, y) != filled.pixel(x, y))
+                columns = {std::min(columns.first, x), x};
+    return columns;
+}
+
+std::unique_ptr<TextField> loginField(const QByteArray &kind)
+{
+    std::unique_ptr<TextField> field;
+    if (kind == "password")
+        field = std::make_unique<CustomSecureTextFieldCell>();
+    else
+        field = std::make_unique<CustomTextFieldCell>();
+    field->resize(280, 40);
+    field->setProperty("leftPadding", 12.0);
+    return field;
+}
+
 class RecordingFieldDelegate final : public TextFieldDelegate
 {
 public:
@@ -46,12 +80,19 @@ private slots:
     void asksItsBaseForTheMovedRectangle();
     void takesThePaddingFromAStoredAttribute();
     void textAndCaretStartAtThePadding();
+    void keepsItsEndsFree_data();
+    void keepsItsEndsFree();
+    void keepsTheEndsOfATokenFieldFree_data() { texts(); }
+    void keepsTheEndsOfATokenFieldFree();
     void hidesWhatIsTypedInASecureField();
     void keepsSecretsFromTheClipboard();
     void tellsEachKeystroke();
     void doesNotTellWhatTheProgramSets();
     void tellsWhatEndedTheEditing_data();
     void tellsWhatEndedTheEditing();
+
+private:
+    static void texts();
 };
 
 void TestTextFields::hasNoPaddingUntilOneIsSet()
@@ -89,6 +130,52 @@ void TestTextFields::textAndCaretStartAtThePadding()
     QCOMPARE(cell.textMargins().left(), 100);
     QVERIFY(before > 0);
     QCOMPARE(cell.cursorPositionAt(QPoint(20, 15)), 0);
+}
+
+void TestTextFields::texts()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("place");
+    const QString hebrew = QString::fromUtf8("שליו");
+    const std::pair<const char *, QString> kinds[] = {
+        {"from right to left", hebrew},
+        {"long", QString(200, QLatin1Char('w'))},
+        {"long from right to left", hebrew.repeated(50)},
+        {"in both directions", QString(30, QLatin1Char('w')) + hebrew.repeated(10)},
+    };
+    for (const auto &[name, text] : kinds)
+        for (const char *place : {"beginning", "end", "selected"})
+            QTest::addRow("%s, %s", name, place) << text << QByteArray(place);
+}
+
+void TestTextFields::keepsItsEndsFree_data() { texts(); }
+
+void TestTextFields::keepsItsEndsFree()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, place);
+    for (const char *kind : {"account", "password"}) {
+        const auto field = loginField(kind);
+        const auto [first, last] = inkedColumns(*field, text, place);
+        QVERIFY2(last >= 0, kind);
+        QVERIFY2(first >= 12 && last < 280 - 12,
+                 qPrintable(
+                     QStringLiteral("%1: %2 to %3").arg(QLatin1String(kind)).arg(first).arg(last)));
+    }
+}
+
+void TestTextFields::keepsTheEndsOfATokenFieldFree()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, place);
+    const AlertPanel panel({QStringLiteral("Two-step Authentication"), QString(), {}},
+                           AlertTextField(), nullptr);
+    auto *field = panel.findChild<TextField *>();
+    QVERIFY(field);
+    const auto [first, last] = inkedColumns(*field, text, place);
+    QVERIFY(last >= 0);
+    QVERIFY2(first >= 6 && last < field->width() - 6,
+             qPrintable(QStringLiteral("%1 to %2 of %3").arg(first).arg(last).arg(field->width())));
 }
 
 void TestTextFields::hidesWhatIsTypedInASecureField()
