@@ -7,6 +7,7 @@
 #include "platform/Memory.h"
 #include "platform/SharedApplication.h"
 #include "platform/SystemLog.h"
+#include "ui/NewsPage.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -30,6 +31,7 @@ int main(int argc, char **argv)
 {
     Memory::giveLargeBuffersBackAtOnce();
     Application::outliveLimitsOfSize();
+    openWebPagesToScreenReaders();
     QApplication application(argc, argv); // takes its own words out of argv
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {

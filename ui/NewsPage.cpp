@@ -46,6 +46,12 @@ WebNewsPageMaker *webNewsPageMaker()
 } // namespace
 #endif
 
+void openWebPagesToScreenReaders()
+{
+    // On Linux the web engine describes its pages only when it is told to.
+    qputenv("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1");
+}
+
 std::unique_ptr<NewsPage> makeNewsPage(QWidget *parent, const QString &extraCertificateFile,
                                        NewsView::Policy policy)
 {

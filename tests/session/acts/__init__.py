@@ -26,7 +26,8 @@ PLAYS: dict[str, tuple[Act, ...]] = {
         out_of_date.update_is_handed_on, out_of_date.exit_downloads_nothing,
         aftermath.nothing_is_left_running, aftermath.no_secret_was_written),
     "accessibility": (
-        screen_reader.names_in_the_window, screen_reader.status_is_read_out,
+        screen_reader.names_in_the_window, screen_reader.news_can_be_read,
+        screen_reader.status_is_read_out,
         keyboard.through_the_window, keyboard.through_the_menu, keyboard.through_the_sheet,
         screen_reader.bar_has_a_value,
         keyboard.nothing_focused_during_the_game),

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from player.person import Player
-from stage.accessibility import SHOWING
+from stage.accessibility import PAGE, SHOWING
 from stage.waiting import expect, until
 
 CONTAINERS = ("panel", "filler")
@@ -18,6 +18,11 @@ STRIP = [
     ("frame", "Quellmoor"), ("push button", "Log in with your fingerprint"),
     ("push button", "Release notes"), ("push button", "Manage account"),
     ("push button", "Player’s guide"), ("push button", "Community forum")]
+NEWS = [
+    ("heading", "News from the moor"), ("label", "Dry paths, light mist"),
+    ("heading", "Lantern Week"), ("link", "forum"), ("link", "Wiki"),
+    ("label", "Wind in the reed beds no longer drowns out speech, inns remember your chair, and "
+              "the heron of Sallow Mere has stopped stealing bread from other people's packs.")]
 VALUES = 4
 
 
@@ -33,6 +38,15 @@ def names_in_the_window(player: Player) -> None:
     for part in PARTS + STRIP:
         if parts.count(part) < (PARTS + STRIP).count(part):
             expect(f"parts called {part}", parts, PARTS + STRIP)
+
+
+def news_can_be_read(player: Player) -> None:
+    """The news are a document with a name, whose headings, texts and links are there to be read"""
+    page = player.sees(PAGE, "News from the moor")
+    expect("place of the page", player.launcher.area(page),
+           player.launcher.area(player.sees("panel", "News")))
+    parts = [(part.role(), part.name().strip()) for part in page.below(page)]
+    expect("parts of the news", [part for part in NEWS if part not in parts], [])
 
 
 def status_is_read_out(player: Player) -> None:

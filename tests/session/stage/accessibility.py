@@ -20,6 +20,7 @@ SPI = "org.a11y.atspi."
 PROPERTIES = "org.freedesktop.DBus.Properties"
 FOCUSED, SHOWING = 12, 25
 ON_SCREEN = 0
+PAGE = "web document"
 EVENTS = SPI + "Event.Object"
 LISTENED_TO = ("object:state-changed:showing", "object:state-changed:focused",
                "object:property-change:accessible-value")
@@ -115,6 +116,7 @@ class Element:
     owner: str
     path: str
     window: Optional[Element] = None
+    parent: Optional[Element] = None
 
     def role(self) -> str:
         return str(self._ask("Accessible", "GetRoleName") or "")
@@ -131,8 +133,8 @@ class Element:
         return float(self._ask_property("Value", "CurrentValue") or 0)
 
     def is_of_a_page(self) -> bool:
-        """Those parts have no place on the screen."""
-        return SPI + "Component" not in (self._ask("Accessible", "GetInterfaces") or ())
+        """A web page, or a part of one."""
+        return self.role() == PAGE or self.parent is not None and self.parent.is_of_a_page()
 
     def has(self, state: int) -> bool:
         states = self._ask("Accessible", "GetState") or (0, 0)
@@ -149,7 +151,8 @@ class Element:
 
     def below(self, window: Element) -> Iterator[Element]:
         for child in self.children():
-            yield replace(child, window=window)
+            child = replace(child, window=window, parent=self)
+            yield child
             yield from child.below(window)
 
     def _ask(self, interface: str, what: str, kinds: str = "", arguments: tuple[Any, ...] = ()
