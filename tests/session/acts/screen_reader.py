@@ -77,9 +77,9 @@ def bar_has_a_value(player: Player) -> None:
 
 
 def shown_parts(player: Player) -> list[tuple[str, str]]:
-    """Roles and names of everything that shows; what a page holds is the page's own affair."""
+    """Roles and names of everything that shows but the page, whose name is its own affair."""
     return [(part.role(), part.name()) for part in player.launcher.elements()
-            if part.has(SHOWING) and not part.is_of_a_page()]
+            if part.has(SHOWING) and not part.is_page()]
 
 
 def is_unnamed(role: str, name: str) -> bool:

@@ -89,7 +89,7 @@ class Player:
         """What has the keyboard in the launcher. A page always claims to have it."""
         for element in self.launcher.elements():
             if (element.has(FOCUSED) and element.has(SHOWING)
-                    and not element.is_of_a_page()):
+                    and not element.is_page()):
                 return element
         return None
 

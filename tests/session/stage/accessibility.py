@@ -116,7 +116,6 @@ class Element:
     owner: str
     path: str
     window: Optional[Element] = None
-    parent: Optional[Element] = None
 
     def role(self) -> str:
         return str(self._ask("Accessible", "GetRoleName") or "")
@@ -132,9 +131,9 @@ class Element:
         """How far a bar has got."""
         return float(self._ask_property("Value", "CurrentValue") or 0)
 
-    def is_of_a_page(self) -> bool:
-        """A web page, or a part of one."""
-        return self.role() == PAGE or self.parent is not None and self.parent.is_of_a_page()
+    def is_page(self) -> bool:
+        """A web page."""
+        return self.role() == PAGE
 
     def has(self, state: int) -> bool:
         states = self._ask("Accessible", "GetState") or (0, 0)
@@ -150,10 +149,14 @@ class Element:
                 for owner, path in self._ask("Accessible", "GetChildren") or ()]
 
     def below(self, window: Element) -> Iterator[Element]:
+        """Everything in it, depth first, without the parts of web pages: of those there may be any
+        number. Those of a page are below the page itself.
+        """
         for child in self.children():
-            child = replace(child, window=window, parent=self)
+            child = replace(child, window=window)
             yield child
-            yield from child.below(window)
+            if not child.is_page():
+                yield from child.below(window)
 
     def _ask(self, interface: str, what: str, kinds: str = "", arguments: tuple[Any, ...] = ()
              ) -> Any:
