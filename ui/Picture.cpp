@@ -40,7 +40,7 @@ struct Picture::Drawing
         for (const QPixmap &pixmap : renderings)
             if (pixmap.size() == pixels)
                 return pixmap;
-        for (const int percent : {100, 200}) {
+        for (const int percent : {100, 150, 200}) {
             const auto file = rendered(name, percent);
             if (file && file->image.size() == pixels)
                 return keep(QPixmap::fromImage(file->image));
