@@ -28,6 +28,7 @@ QString panelStyle()
                "QLabel { color: %1 }"
                "QLineEdit { background: #0a1113; border: 1px solid %2; border-radius: 4px;"
                " padding: 0 5px }"
+               "QLineEdit:focus { border-color: %6 }"
                "QPushButton { color: %3; background: transparent; border: 1px solid %3;"
                " border-radius: 6px; padding: 7px 18px; min-width: 74px }"
                "QPushButton:hover { color: %4; border-color: %4; background: #2a2f26 }"
@@ -129,8 +130,8 @@ void AlertPanel::paintEvent(QPaintEvent *)
     painter.setPen(Qt::NoPen);
     const QRectF panel =
         QRectF(rect()).adjusted(ShadowWidth, ShadowWidth, -ShadowWidth, -ShadowWidth);
-    for (int i = ShadowWidth; i > 0; i -= 2) {
-        painter.setBrush(QColor(2, 5, 6, 16));
+    for (int i = ShadowWidth; i > 0; --i) {
+        painter.setBrush(QColor(2, 5, 6, 8));
         painter.drawRoundedRect(panel.adjusted(-i, -i + 3, i, std::min(i + 3, ShadowWidth)),
                                 CornerRadius + i, CornerRadius + i);
     }

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int CaptionHeight = 20;
+constexpr int CaptionHeight = 23;
 
 // The picture of the same button held down, if there is one.
 Picture pressedPicture(const Picture &normal)

@@ -127,8 +127,8 @@ void TouchBarStrip::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     const QRectF frame = withinShadow(rect());
-    for (int i = ShadowWidth; i > 0; i -= 2) {
-        painter.setBrush(QColor(2, 5, 6, 26));
+    for (int i = ShadowWidth; i > 0; --i) {
+        painter.setBrush(QColor(2, 5, 6, 13));
         painter.drawRoundedRect(frame.adjusted(-i, -i, i, i), OuterRadius + i, OuterRadius + i);
     }
 }

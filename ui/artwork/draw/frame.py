@@ -55,9 +55,16 @@ def outlines():
 
 
 def shadow(pic):
+    """Fine steps that fade out: on a light desktop a few even ones show as rings."""
     d = spline([(x, y + 5) for x, y in KEYS], True, 2.5 / 3 * 1.2)
-    for w in range(2, 38, 4):
-        pic.path(d, None, None, "#020506", w, stroke_opacity=.042)
+    reach, steps, darkest = 18, 30, .36
+    before = 0
+    for k in range(1, steps):
+        r = reach * (1 - k / steps)
+        darkness = darkest * (1 - r / reach) ** 1.8
+        pic.path(d, None, None, "#020506", 2 * r,
+                 stroke_opacity=1 - (1 - darkness) / (1 - before))
+        before = darkness
 
 
 def ring(pic, outer, inner):
