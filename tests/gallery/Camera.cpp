@@ -5,6 +5,7 @@
 #include <QScreen>
 #include <QTest>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
