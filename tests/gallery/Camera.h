@@ -27,7 +27,8 @@ class Camera
 public:
     explicit Camera(const QDir &folder);
 
-    // Saves a picture of that part of the screen, in points, as soon as nothing moves in it any more.
+    // Saves a picture of that part of the screen, in points, as soon as nothing moves in it any
+    // more.
     void take(const QString &name, const QRect &part);
     // How many dots of that part are as light as letters.
     [[nodiscard]] int lightDots(const QRect &part) const;
