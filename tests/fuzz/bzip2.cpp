@@ -8,7 +8,7 @@ namespace {
 
 constexpr qsizetype DamageBytes = 4;
 constexpr int TwoThreads = 2;
-constexpr qsizetype RoomForContents = 400'000;
+constexpr qsizetype RoomForContents = 100'000; // a block of the sanitizer's quick kind
 
 // The first byte: the kind and the blocks' size. Four bytes: where to flip a bit (nowhere beyond
 // the end) and where to cut (likewise). The rest: the contents.
