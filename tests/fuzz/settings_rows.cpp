@@ -78,7 +78,8 @@ void makeDatabase(const QString &path, Reader &reader)
         database.setDatabaseName(path);
         promise(database.open(), "a database can be made");
         QSqlQuery query(database);
-        for (const char *quicker : {"journal_mode=OFF", "synchronous=OFF", "locking_mode=EXCLUSIVE"})
+        for (const char *quicker :
+             {"journal_mode=OFF", "synchronous=OFF", "locking_mode=EXCLUSIVE"})
             query.exec(QStringLiteral("PRAGMA ") + QLatin1String(quicker));
         promise(query.exec(QStringLiteral("BEGIN")), "rows can be written at once");
         promise(query.exec(tableOf(reader.byte())), "its table can be made");
