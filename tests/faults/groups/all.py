@@ -7,8 +7,8 @@ from typing import Callable
 
 from lab.book import Book
 
-from . import (disks, game_runs, hostile, installers, kills, news, settings, steady, transfers,
-               windows)
+from . import (bounds, disks, game_runs, hostile, installers, kills, news, settings, steady,
+               transfers, windows)
 
 Group = Callable[[Book, Path], None]
 
@@ -17,6 +17,8 @@ GROUPS: dict[str, Group] = {
     "damage": kills.run_damage,
     "moments": kills.run_kills,
     "steady": steady.run,
+    "bounds": bounds.run,
+    "bounds-of-windows": bounds.run_windows,
     "transfers": transfers.run,
     "errors": disks.run_errors,
     "kills": disks.run_kills,
@@ -32,4 +34,4 @@ GROUPS: dict[str, Group] = {
 SHORT = tuple(name for name in GROUPS if name != "stalls")
 
 # Felt for their answers, these have the machine for themselves.
-WINDOWS = ("steady", "game-processes", "installers", "news", "logins")
+WINDOWS = ("steady", "bounds-of-windows", "game-processes", "installers", "news", "logins")

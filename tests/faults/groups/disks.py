@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import os
 import signal
 from collections import Counter
@@ -9,9 +10,12 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Iterable, Sequence
 
+from harness import games
 from lab import injection
 from lab.book import Book, Case, Complaint
-from lab.ground import INVALID, TARGET, VALID, Ground, shown
+from lab.ground import INVALID, OLD, TARGET, VALID, Ground, shown
+from lab.reply import Reply
+from lab.wire import MANIFEST
 
 PART = f".{TARGET}.quellmoor-part"
 ERRORS = {"ENOSPC": (*injection.WRITES, *injection.SYNCS, *injection.RENAMES,
@@ -63,7 +67,25 @@ def run_kills(book: Book, folder: Path) -> None:
         for name in names[::12 if book.is_short else 1]:
             with book.case(place.area, f"SIGKILL at each {name} on {place.name}") as case:
                 killed_at_each(ground, case, place, name, numbers(book, calls[name]))
+    taken_back(book, ground)
     ground.stop()
+
+
+def taken_back(book: Book, ground: Ground) -> None:
+    """Killed in the middle of a file; then the manifest wants the file of before again."""
+    player = ground.fresh()
+    places = (player.game / TARGET, player.game / PART)
+    with book.case("game file", "SIGKILL in a file, then a manifest without its change") as case:
+        killed = injection.at("?rename,?renameat,?renameat2", 1, places, "signal=SIGKILL")
+        ground.ends(case, ground.run(case, wrapper=killed), -signal.SIGKILL, 128 + signal.SIGKILL)
+        case.expect("a prepared file", (player.game / PART).exists(), True)
+        document = json.loads((ground.tree / "mac" / "patcher.json").read_bytes())
+        document["files"][TARGET]["hash"] = games.short_hash(OLD)
+        ground.wire.fail(MANIFEST, Reply(body=json.dumps(document).encode()))
+        case.sees(shown(ground.ends(case, ground.run(case), VALID)))
+        case.expect("a prepared file", (player.game / PART).exists(), False)
+        ground.keeps(case)
+        ground.recovers(case, "the prepared file is gone")
 
 
 def numbers(book: Book, count: int) -> Iterable[int]:
@@ -85,6 +107,7 @@ def fails_at_each(ground: Ground, case: Case, place: Place, name: str, error: st
     effect = f"error={error}"
     wrappers: list[Sequence[str]] = [injection.for_good(name, place.paths, effect)]
     wrappers += [injection.at(name, number, place.paths, effect) for number in numbers]
+    case.faults = len(wrappers)
     for wrapper in wrappers:
         ground.fresh()
         outcome = ground.run(case, wrapper=wrapper)
@@ -110,7 +133,8 @@ def killed_at_each(ground: Ground, case: Case, place: Place, name: str,
         ground.recovers(case)
         nothing_aside(ground, case)
     case.expect("a kill at all", killed > 0, True)
-    case.saw = f"{killed} kills; the next start goes on"
+    case.faults = killed
+    case.saw = "nothing; the next start goes on"
 
 
 def nothing_aside(ground: Ground, case: Case) -> None:

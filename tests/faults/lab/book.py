@@ -26,7 +26,9 @@ class Complaint(Exception):
 
 @dataclass
 class Case:
-    """One row of the report. `runs` is how often the launcher was started for it."""
+    """One row of the report. `runs` is how often the launcher was started for it, `faults` how often
+    something went wrong, and `peak` the most memory that it held, in megabytes, where measured.
+    """
 
     area: str
     name: str
@@ -36,6 +38,8 @@ class Case:
     after: str = ""
     runs: int = 0
     seconds: float = 0.0
+    faults: int = 1
+    peak: int = 0
     complaint: str = ""
 
     def sees(self, text: str) -> None:

@@ -11,7 +11,7 @@ from pathlib import Path
 from typing import Mapping, Optional, Sequence
 
 from harness import games, snapshot
-from harness.player import Outcome, Player
+from harness.player import SECONDS, Outcome, Player
 
 from .book import Case, Complaint
 from .wire import Wire
@@ -67,11 +67,13 @@ class Ground:
         self.stored = self.player.stored_settings()
         return self.player
 
-    def run(self, case: Case, *arguments: str, wrapper: Sequence[str] = ()) -> Outcome:
+    def run(self, case: Case, *arguments: str, wrapper: Sequence[str] = (),
+            seconds: float = SECONDS) -> Outcome:
         """One run of the launcher; one that hangs is a complaint."""
         case.runs += 1
         try:
-            return self.player.run(*(arguments or ("--update",)), wrapper=wrapper)
+            return self.player.run(*(arguments or ("--update",)), wrapper=wrapper,
+                                   seconds=seconds)
         except subprocess.TimeoutExpired as hang:
             raise Complaint(f"the launcher hangs: {hang}") from None
 

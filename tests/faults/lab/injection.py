@@ -11,6 +11,8 @@ from typing import Iterable, Sequence
 from harness import trace
 
 LINE = re.compile(r"(?P<thread>\d+) +(?P<name>\w+)\(")
+# Where "struct sysinfo" has it.
+TOTAL_RAM_OFFSET = 32
 ENDED = re.compile(r"^\d+ +(\+\+\+|---|<\.\.\.)")
 
 # The calls by what they do; a name with "?" need not exist on every machine.
@@ -57,6 +59,13 @@ def at(call: str, number: int, places: Iterable[Path], effect: str) -> Sequence[
     """
     return (*trace.STRACE, *only(places), "-o", os.devnull, "-e", f"trace={call}",
             "-e", f"inject={call}:{effect}:when={number}", "--")
+
+
+def less_memory(size: int) -> Sequence[str]:
+    """The system says that the machine has so many bytes of memory."""
+    answer = (bytes(TOTAL_RAM_OFFSET) + size.to_bytes(8, "little")).hex()
+    return (*trace.STRACE, "--seccomp-bpf", "-o", os.devnull, "-e", "trace=sysinfo",
+            "-e", f"inject=sysinfo:poke_exit=@arg1={answer}", "--")
 
 
 def for_good(call: str, places: Iterable[Path], effect: str) -> Sequence[str]:

@@ -37,7 +37,8 @@ class Reply:
     """How an answer differs from a right one; `Reply()` is right.
 
     `length` is "right", None for no such header, "+N" or "-N" beside the right one, or any other
-    text as it stands. `keep` is how much goes out, as a share of all bytes, before the ending.
+    text as it stands. `keep` is how much goes out, as a share of all bytes, before the ending. `more`
+    zeroes follow, as they are taken; they may be without end.
     """
 
     status: str = "200 OK"
@@ -57,6 +58,7 @@ class Reply:
     pieces: int = 1
     pause: float = 0.0
     harm: Optional[Harm] = None
+    more: float = 0
 
     def on_the_wire(self, right: bytes) -> bytes:
         """All bytes of the answer; `right` is the body that was asked for."""

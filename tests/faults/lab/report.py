@@ -34,27 +34,47 @@ BOUNDS = """
 - Without a byte for 60 s an answer has failed: "The request timed out." A pause of the launcher's
   own does not count.
 - Answers are taken up to these sizes, and fail beyond: a manifest 64 MB, a login reply 128 MB, an
-  installer 1 GB, a game file a quarter of the memory (512 MB at least) packed and half of it
-  (1 GB at least) unpacked.
+  installer 1 GB, news as text 4 MB, a game file a quarter of the memory (512 MB at least) packed
+  and half of it (1 GB at least) unpacked.
 - While more than 256 MB of bodies wait to be written, the engine reads no further.
 - `--update` gives up after three rounds in a row that healed nothing. The window goes on.
 - News as text, which only players without OpenGL and root get, are laid out on the window's
   thread: a page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
 - An invalid size of a chunk passes for the end of a body. Manifests, game files and login replies
   that end too early are noticed by what they are; an installer is not.
+- What was written beside a file and never put in its place is removed with the next check of that
+  file. It stays when no manifest names the file any more, as the file itself does.
+
+What was sent, and the most memory that the whole launcher held meanwhile (a machine of 2 GB is one
+whose system says so):
+
+| area | what came | what the player saw | memory |
+| --- | --- | --- | ---: |
 """
+# What a row of the summary counts, by how the names of its cases begin.
+PROOFS = (("kills, one at each system call on a game file, its folder and the settings",
+           "SIGKILL at each "),
+          ("kills at any moment of an update of fifty files", "SIGKILL at 200 "),
+          ("failing calls, one by one and for good: full disk", "ENOSPC of "),
+          ("the same: input/output error", "EIO of "),
+          ("the same: permission denied", "EACCES of "),
+          ("installations damaged at random, healed by one run each", "500 installations "),
+          ("manifest keys that lead elsewhere, or look like it", "the key "),
+          ("game folders laid out with links and pipes", "a game folder with "))
 
 
 def written(cases: list[Case], facts: dict[str, str]) -> str:
     """The whole page in Markdown."""
-    return HEAD + _counts(cases) + METHOD + BOUNDS + _facts(facts) + _tables(cases)
+    return (HEAD + _counts(cases) + _proofs(cases) + _facts(facts) + METHOD + BOUNDS
+            + _peaks(cases) + _tables(cases))
 
 
 def _counts(cases: list[Case]) -> str:
     failed = [case for case in cases if case.complaint]
     lost = sum(case.files.startswith(("LOST", "TORN")) for case in cases)
     settings = sum(case.settings.startswith(("LOST", "SET")) for case in cases)
-    words = [f"**{len(cases)} cases** in {sum(case.runs for case in cases)} runs of the launcher, "
+    words = [f"**{len(cases)} cases** with {sum(case.faults for case in cases)} faults in "
+             f"{sum(case.runs for case in cases)} runs of the launcher, "
              f"besides windows that take many cases in a row: {len(failed)} failed, good files "
              f"lost in {lost}, settings lost in {settings}.", ""]
     words += ["| area | cases | failed |", "| --- | ---: | ---: |"]
@@ -64,21 +84,42 @@ def _counts(cases: list[Case]) -> str:
     return "\n".join(words) + "\n"
 
 
+def _proofs(cases: list[Case]) -> str:
+    lines = ["", "Among them:", "", "| what | cases | faults | failed |",
+             "| --- | ---: | ---: | ---: |"]
+    for what, beginning in PROOFS:
+        found = [case for case in cases if case.name.startswith(beginning)]
+        if found:
+            lines.append(f"| {what} | {len(found)} | {sum(case.faults for case in found)} "
+                         f"| {sum(bool(case.complaint) for case in found)} |")
+    return "\n".join(lines) + "\n"
+
+
 def _facts(facts: dict[str, str]) -> str:
+    """What failures that never end cost: the launcher asks again without a pause."""
     if not facts:
         return ""
     lines = [f"- {name}: {value}" for name, value in facts.items()]
-    return "\n## Measured\n\n" + "\n".join(lines) + "\n"
+    return ("\nFailures that never end, as many rounds as an hour has with a host that takes a tenth "
+            "of a\nsecond to answer; here it answers at once:\n\n" + "\n".join(lines) + "\n")
+
+
+def _peaks(cases: list[Case]) -> str:
+    lines = [f"| {case.area} | {_cell(case.name.partition(': ')[2])} "
+             f"| {_cell(case.complaint or case.saw)} | {case.peak} MB |"
+             for case in cases if case.peak]
+    return "\n".join(lines) + "\n"
 
 
 def _tables(cases: list[Case]) -> str:
     lines = ["", "## All cases", "",
-             "| area | case | what the player saw | good files | settings | afterwards |",
-             "| --- | --- | --- | --- | --- | --- |"]
+             "| area | case | faults | what the player saw | good files | settings | afterwards |",
+             "| --- | --- | ---: | --- | --- | --- | --- |"]
     areas = list(dict.fromkeys(case.area for case in cases))
     for case in sorted(cases, key=lambda case: areas.index(case.area)):
         saw = f"**FAILED** {case.complaint}" if case.complaint else case.saw
-        cells = (case.area, case.name, saw, case.files, case.settings, case.after)
+        cells = (case.area, case.name, str(case.faults), saw, case.files, case.settings,
+                 case.after)
         lines.append("| " + " | ".join(_cell(text) for text in cells) + " |")
     return "\n".join(lines) + "\n"
 

@@ -25,6 +25,7 @@ MOST_REMEMBERED = 1000
 LONGEST_PATH = 2000
 WATCH_SECONDS = 0.2
 LARGEST_REQUEST = 1024 * 1024
+PIECE = bytes(256 * 1024)
 MANIFEST = "/mac/patcher.json"
 
 
@@ -177,6 +178,10 @@ class Wire:
             client.sendall(whole[start:start + size])
             if reply.pause and start + size < len(whole):
                 self._stopping.wait(reply.pause)
+        left = reply.more
+        while left > 0 and not self._stopping.is_set():
+            client.sendall(PIECE[:int(min(left, len(PIECE)))])
+            left -= len(PIECE)
         if reply.ending is Ending.HOLD:
             self._hold(client)
         elif reply.ending is Ending.RESET:

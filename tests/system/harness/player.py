@@ -64,12 +64,13 @@ class Player:
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
             text=True, errors="replace", preexec_fn=isolation.die_with_parent)
 
-    def run(self, *arguments: str, wrapper: Sequence[str] = ()) -> Outcome:
+    def run(self, *arguments: str, wrapper: Sequence[str] = (),
+            seconds: float = SECONDS) -> Outcome:
         """Waits for the launcher's end; one that hangs is ended and raises TimeoutExpired."""
         started = time.monotonic()
         with self.start(*arguments, wrapper=wrapper) as process:
             try:
-                output, errors = process.communicate(timeout=SECONDS)
+                output, errors = process.communicate(timeout=seconds)
             except subprocess.TimeoutExpired:
                 process.kill()
                 raise

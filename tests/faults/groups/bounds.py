@@ -1,0 +1,176 @@
+"""Answers larger than the launcher takes: what the player sees, and the most memory that it held."""
+
+from __future__ import annotations
+
+import bz2
+import json
+import math
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Callable, Sequence
+
+from harness import snapshot
+from lab import injection, peak
+from lab.book import Book, Case
+from lab.ground import FILE, INVALID, NO_MANIFEST, TARGET, VALID, Ground, shown
+from lab.reply import Ending, Reply
+from lab.window import Window, press
+from lab.wire import MANIFEST
+from stage import waiting
+
+from . import installers
+from .windows import LOGIN, NO_CONNECTION, Desk, finish
+
+MEGABYTE = 1024 * 1024
+SECONDS = 600
+SMALL_MACHINE = 2048 * MEGABYTE
+# What the launcher itself takes, beside what it was sent.
+OWN, OWN_WINDOW = 80, 160
+CLOSED = "Connection: close"
+
+
+@dataclass(frozen=True)
+class Row:
+    """`most` is the memory that it may take, in megabytes."""
+
+    area: str
+    name: str
+    path: str
+    reply: Callable[[Ground], Reply]
+    codes: tuple[int, ...]
+    most: int
+    is_small_machine: bool = False
+
+
+def sized(megabytes: int) -> Callable[[Ground], Reply]:
+    """As long as its head says."""
+    return lambda _ground: Reply(body=b"", length=str(megabytes * MEGABYTE),
+                                 more=megabytes * MEGABYTE, ending=Ending.CLOSE)
+
+
+def endless(_ground: Ground) -> Reply:
+    return Reply(body=b"", length=None, headers=(CLOSED,), more=math.inf, ending=Ending.CLOSE)
+
+
+def padded_manifest(ground: Ground) -> Reply:
+    """The right one with blanks, just within the bound."""
+    right = (ground.tree / "mac" / "patcher.json").read_bytes()
+    return Reply(body=right + b" " * (64 * MEGABYTE - len(right)))
+
+
+def bomb(size: int) -> Callable[[Ground], Reply]:
+    def reply(_ground: Ground) -> Reply:
+        packer, piece = bz2.BZ2Compressor(), bytes(10**7)
+        packed = b"".join(packer.compress(piece) for _ in range(size // len(piece)))
+        return Reply(body=packed + packer.flush())
+    return reply
+
+
+ROWS: tuple[Row, ...] = (
+    Row("manifest", "a right one of 64 MB", MANIFEST, padded_manifest, (VALID,), 400),
+    Row("manifest", "one of 200 MB", MANIFEST, sized(200), (NO_MANIFEST,), 200),
+    Row("manifest", "one without end", MANIFEST, endless, (NO_MANIFEST,), 200),
+    Row("game file", "722 bytes that stand for 1 GB", FILE, bomb(10**9), (INVALID,), 1100),
+    Row("game file", "850 bytes that stand for 1.2 GB, with 2 GB of memory", FILE,
+        bomb(1_200_000_000), (INVALID,), 1200, True),
+    Row("game file", "one of 1 GB packed, with 2 GB of memory", FILE, sized(1024), (INVALID,), 1200,
+        True),
+    Row("game file", "one without end, with 2 GB of memory", FILE, endless, (INVALID,), 1200,
+        True),
+)
+
+
+def run(book: Book, folder: Path) -> None:
+    ground = Ground(folder)
+    usual(book, ground, folder)
+    for row in ROWS[1:2] if book.is_short else ROWS:
+        with book.case(row.area, f"too much: {row.name}") as case:
+            command_line(ground, case, folder, row)
+    ground.stop()
+
+
+def usual(book: Book, ground: Ground, folder: Path) -> None:
+    """What there is to compare with."""
+    with book.case("game file", "nothing too much: a usual update") as case:
+        ground.fresh()
+        measured(ground, case, folder, (VALID,), OWN)
+        ground.keeps(case)
+        ground.is_whole(case)
+        case.after = "nothing to heal"
+
+
+def command_line(ground: Ground, case: Case, folder: Path, row: Row) -> None:
+    ground.fresh()
+    ground.wire.fail(row.path, row.reply(ground))
+    measured(ground, case, folder, row.codes, row.most,
+             injection.less_memory(SMALL_MACHINE) if row.is_small_machine else ())
+    now = snapshot.contents(ground.player.game)
+    lost = [name for name in ground.right if name != TARGET and now.get(name) != ground.right[name]]
+    case.expect("lost files", lost, [])
+    ground.keeps_settings(case)
+    ground.recovers(case)
+
+
+def measured(ground: Ground, case: Case, folder: Path, codes: tuple[int, ...], most: int,
+             wrapper: Sequence[str] = ()) -> None:
+    result = folder / "peak"
+    outcome = ground.ends(case, ground.run(case, wrapper=peak.around(result, wrapper),
+                                             seconds=SECONDS), *codes)
+    case.sees(shown(outcome))
+    judge(case, int(result.read_text()), most)
+
+
+def judge(case: Case, kilobytes: int, most: int) -> None:
+    case.peak = kilobytes // 1024
+    case.expect(f"at most {most} MB of memory, {case.peak} of them", case.peak <= most, True)
+
+
+def run_windows(book: Book, folder: Path) -> None:
+    ground = Ground(folder)
+    desk = Desk(ground)
+    ground.fresh()
+    window = Window(folder, ground.player)
+    window.start()
+    for name, reply in (("one of 1 GB", sized(1024)), ("one without end", endless)):
+        with book.case("login", f"too much: {name}") as case:
+            login(ground, window, desk, case, reply(ground))
+    window.end()
+    if not book.is_short:
+        ground.wire.pages[installers.PATH] = lambda _request: b""
+        with book.case("installer", "too much: one without end") as case:
+            installer(ground, window, case)
+    window.writes_pulse(book, "too much")
+    window.close()
+    ground.stop()
+
+
+def login(ground: Ground, window: Window, desk: Desk, case: Case, reply: Reply) -> None:
+    ground.wire.fail(LOGIN, reply)
+    ground.wire.drop()
+    window.logs_in()
+    window.waits_for("a failure", lambda: window.can_play() and window.status() == NO_CONNECTION)
+    assert window.launcher
+    most = peak.of_process(window.launcher.pid)
+    finish(ground, window, desk, case)
+    judge(case, most, 128 * 3 + OWN_WINDOW)
+
+
+def installer(ground: Ground, window: Window, case: Case) -> None:
+    installers.begin(ground, window, installers.VERSION)
+    ground.wire.fail(installers.PATH, endless(ground))
+    assert window.launcher
+    process, most = window.launcher.process, 0
+
+    def has_ended() -> bool:
+        nonlocal most
+        most = max(most, peak.of_process(process.pid))
+        return process.poll() is not None
+
+    press(window.sees("push button", "Update"))
+    waiting.until("the launcher's end", has_ended, SECONDS)
+    case.expect("exit code", window.ended(), 0)
+    case.expect("pages opened", window.desktop.handed_to(installers.BROWSER), [installers.PAGE])
+    case.expect("an installer", (ground.player.data / installers.INSTALLER).exists(), False)
+    case.sees("the download page in the browser, and the launcher's end")
+    installers.finish(ground, window, case)
+    judge(case, most, 1024 * 2 + OWN_WINDOW)
