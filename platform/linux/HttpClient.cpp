@@ -47,7 +47,9 @@ QSslConfiguration sslConfigurationWith(const QString &extraCertificateFile)
     if (extra.isEmpty())
         ErrorHandler::log(
             QStringLiteral("No certificate authority in %1.").arg(extraCertificateFile));
-    configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() + extra);
+    // The system's stay those that are looked up when they are needed. To read them all takes a
+    // while, for which the window would wait when its login is the first to ask.
+    configuration.addCaCertificates(extra);
     return configuration;
 }
 

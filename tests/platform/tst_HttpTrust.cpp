@@ -3,7 +3,10 @@
 #include "TestServer.h"
 #include "platform/HttpClient.h"
 
+#include <QSslConfiguration>
 #include <QTest>
+
+#include <ctime>
 
 using Redirects = HttpRequest::Redirects;
 Q_DECLARE_METATYPE(Certificates::Identity)
@@ -31,6 +34,7 @@ private slots:
     void refusesAServerThatCannotProveItself();
     void refusesTheTestAuthorityWhenItIsNotAdded_data();
     void refusesTheTestAuthorityWhenItIsNotAdded();
+    void doesNotReadAllAuthoritiesForItsFirstConnection();
 
 private:
     std::unique_ptr<HttpClient> m_client;
@@ -66,6 +70,14 @@ HttpRequest postSecret(const QUrl &url, Redirects redirects)
     request.body = Secret;
     request.redirects = redirects;
     return request;
+}
+
+// What the thread had of the processor, which is the same on a busy machine.
+double secondsOfThisThread()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
 }
 
 void addRedirectStatuses()
@@ -222,6 +234,21 @@ void TestHttpTrust::refusesTheTestAuthorityWhenItIsNotAdded()
     const auto delegate = run(*client, postSecret(server.url(), Redirects::NoLessSafe));
     QCOMPARE(delegate->events(), QStringList{QStringLiteral("failure")});
     QCOMPARE(server.receivedBytes(), QByteArray());
+}
+
+void TestHttpTrust::doesNotReadAllAuthoritiesForItsFirstConnection()
+{
+    const auto start = secondsOfThisThread();
+    QVERIFY(!QSslConfiguration::systemCaCertificates().isEmpty());
+    const auto reading = secondsOfThisThread() - start;
+    const auto client = makeHttpClient(Certificates::shared().authorityFile());
+    const auto before = secondsOfThisThread();
+    const auto connection = client->makeConnection(get(QUrl(QStringLiteral("https://localhost/"))),
+                                                   std::make_shared<RecordingConnectionDelegate>());
+    const auto connecting = secondsOfThisThread() - before;
+    QVERIFY(connection);
+    QVERIFY2(connecting < reading / 3,
+             qPrintable(QStringLiteral("%1 s of %2 s").arg(connecting).arg(reading)));
 }
 
 QUELLMOOR_TEST(TestHttpTrust, "HttpTrust")

@@ -160,10 +160,12 @@ class Window:
         late = [gap for pulse in self.pulses for gap in pulse["late"]]
         worst = max((pulse["worst"] for pulse in self.pulses), default=0)
         raw = max((pulse["worst_raw"] for pulse in self.pulses), default=0)
+        ran = max((pulse["most_run"] for pulse in self.pulses), default=0)
         with book.case("window", f"answers all along: {name}") as case:
             case.sees(f"{beats} questions, the longest wait {worst * 1000:.0f} ms "
                       f"({raw * 1000:.0f} ms with the machine's own waits), "
-                      f"{len(late)} over 100 ms")
+                      f"{len(late)} over 100 ms; the thread that draws was busy for at most "
+                      f"{ran * 1000:.0f} ms of one")
             case.after = "nothing to heal"
             case.expect("questions at all", beats > 0, True)
             case.expect("a window that hangs", worst > HANG, False)
