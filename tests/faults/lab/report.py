@@ -25,10 +25,9 @@ The window is felt 50 times a second, all along: a question over the accessibili
 thread that draws, which answers it between two events. What one of the processes on the way
 waited for a processor is taken off, as it tells of the machine; what they waited for a disk, or
 for a process that is not on the way, is not. The rows "answers all along" count the waits of more
-than 100 ms, tell how long the thread itself worked in the worst of them, and fail at a wait of
-500 ms. On a machine with ten times more to do than processors single waits of 100 to 700 ms were
-seen in which it hardly worked. That a picture reached the screen is not measured. As the cases run as root, their news is the
-text page.
+than 100 ms, tell for how long the thread itself worked while a question waited, and fail at a wait
+of 500 ms. That a picture reached the screen is not measured. As the cases run as root, their news
+is the text page.
 """
 BOUNDS = """
 ## Bounds of size and time
