@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QLocalSocket>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace {
 
@@ -27,12 +28,11 @@ QString serverNameFor(const QString &dataFolder)
 
 SingleInstance::SingleInstance(const QString &dataFolder)
     : m_serverName(serverNameFor(dataFolder)),
-      m_lockFile(dataFolder + QStringLiteral("/.launcher.lock")),
+      m_lock(dataFolder + QStringLiteral("/.launcher.lock")),
       m_server(this)
 {
     if (const auto error = FileSystem::createDirectory(dataFolder))
         ErrorHandler::log(*error);
-    m_lockFile.setStaleLockTime(0); // only a dead owner makes it stale, however long it is held
     connect(&m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket *socket = m_server.nextPendingConnection()) {
             socket->deleteLater();
@@ -45,33 +45,32 @@ SingleInstance::SingleInstance(const QString &dataFolder)
 bool SingleInstance::claim()
 {
     const QDeadlineTimer deadline(MillisecondsToComeUp);
-    while (!lock(MillisecondsBetweenTries)) {
+    while (!lock()) {
         if (askOtherToComeForward())
             return false;
         if (deadline.hasExpired()) { // one without a window, which nobody can bring forward
             ErrorHandler::log(QStringLiteral("Another launcher is updating the game."));
             return false;
         }
+        QThread::msleep(MillisecondsBetweenTries);
     }
     listen();
     return true;
 }
 
-bool SingleInstance::claimQuietly() { return lock(0); }
+bool SingleInstance::claimQuietly() { return lock(); }
 
 void SingleInstance::setComeForward(std::function<void()> comeForward)
 {
     m_comeForward = std::move(comeForward);
 }
 
-bool SingleInstance::lock(int milliseconds)
+bool SingleInstance::lock()
 {
-    if (m_lockFile.tryLock(milliseconds))
-        return true;
-    if (m_lockFile.error() == QLockFile::LockFailedError)
-        return false;
-    ErrorHandler::log(QStringLiteral("Cannot lock the launcher data folder."));
-    return true;
+    const FileLock::Result result = m_lock.tryLock();
+    if (result == FileLock::Result::Failed)
+        ErrorHandler::log(QStringLiteral("Cannot lock the launcher data folder."));
+    return result != FileLock::Result::Held;
 }
 
 bool SingleInstance::askOtherToComeForward() const

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/FileLock.h"
+
 #include <QLocalServer>
-#include <QLockFile>
 #include <QObject>
 #include <QString>
 
@@ -29,12 +30,12 @@ public:
     void setComeForward(std::function<void()> comeForward);
 
 private:
-    [[nodiscard]] bool lock(int milliseconds);
+    [[nodiscard]] bool lock();
     [[nodiscard]] bool askOtherToComeForward() const;
     void listen();
 
     const QString m_serverName;
-    QLockFile m_lockFile;
+    FileLock m_lock;
     QLocalServer m_server;
     std::function<void()> m_comeForward;
 };

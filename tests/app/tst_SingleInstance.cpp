@@ -2,6 +2,7 @@
 #include "TestMain.h"
 #include "app/SingleInstance.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,7 +17,9 @@ private slots:
     void bringsTheFirstForwardAndEndsTheSecond();
     void letsTheNextBeFirstWhenTheFirstHasGone();
     void keepsFoldersApart();
+    void takesOverTheLockOfAKilledLauncher_data();
     void takesOverTheLockOfAKilledLauncher();
+    void leavesNothingBehind();
     void goesOnWithALogLineWhenTheFolderCannotBeLocked();
     void claimsQuietlyOnlyWhenNobodyIsThere();
 };
@@ -56,17 +59,39 @@ void TestSingleInstance::keepsFoldersApart()
     QVERIFY(first.claim() && second.claim());
 }
 
+void TestSingleInstance::takesOverTheLockOfAKilledLauncher_data()
+{
+    QTest::addColumn<QByteArray>("contents");
+    const QByteArray number = QByteArray::number(QCoreApplication::applicationPid());
+    QTest::newRow("in the moment it was made") << QByteArray();
+    QTest::newRow("whose number another process has by now") << number;
+    QTest::newRow("when the machine had another name") << number + "\ntest_app\nelsewhere\n";
+}
+
 void TestSingleInstance::takesOverTheLockOfAKilledLauncher()
 {
+    QFETCH(const QByteArray, contents);
     const QTemporaryDir folder;
     QFile lock(folder.filePath(QStringLiteral(".launcher.lock")));
     QVERIFY(lock.open(QIODevice::WriteOnly));
-    // A process number beyond what the system gives.
-    lock.write("99999999\nquellmoor-launcher\n" + QSysInfo::machineHostName().toUtf8() + "\n" +
-               QSysInfo::machineUniqueId() + "\n" + QSysInfo::bootUniqueId() + "\n");
+    QCOMPARE(lock.write(contents), contents.size());
     lock.close();
     SingleInstance next(folder.path());
-    QVERIFY(next.claim());
+    QVERIFY(next.claimQuietly());
+}
+
+void TestSingleInstance::leavesNothingBehind()
+{
+    const QTemporaryDir folder;
+    {
+        SingleInstance first(folder.path());
+        QVERIFY(first.claimQuietly());
+        // One that was refused leaves the file to who holds it.
+        QVERIFY(!SingleInstance(folder.path()).claimQuietly());
+        QVERIFY(!SingleInstance(folder.path()).claimQuietly());
+    }
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList());
 }
 
 void TestSingleInstance::goesOnWithALogLineWhenTheFolderCannotBeLocked()

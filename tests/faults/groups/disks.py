@@ -22,7 +22,7 @@ ERRORS = {"ENOSPC": (*injection.WRITES, *injection.SYNCS, *injection.RENAMES,
                      *injection.OPENINGS, "ftruncate", "mkdir", "fallocate", "close"),
           "EIO": (*injection.WRITES, *injection.SYNCS, *injection.RENAMES, *injection.OPENINGS,
                   "ftruncate", "read", "pread64", "close", "unlink", "fstat", "newfstatat",
-                  "lstat", "fchmod"),
+                  "lstat", "fchmod", "flock"),
           "EACCES": (*injection.OPENINGS, *injection.RENAMES, "unlink", "mkdir", "fchmod",
                      "newfstatat", "lstat", "access", "faccessat2")}
 
@@ -42,7 +42,8 @@ def places(ground: Ground) -> tuple[Place, ...]:
                   (player.game / TARGET, player.game / PART)),
             Place("the game folder", "game file", (player.game,)),
             Place("the settings", "settings", (
-                settings, settings.with_name(settings.name + "-journal"), settings.parent)))
+                settings, settings.with_name(settings.name + "-journal"), settings.parent)),
+            Place("the launcher's lock", "launcher", (player.data / ".launcher.lock",)))
 
 
 def run_errors(book: Book, folder: Path) -> None:
