@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    static constexpr size_t SmallestKept = 256 * 1024;
+    static constexpr size_t SmallestKept = size_t(256) * 1024;
 
     void *m_memory = nullptr;
     size_t m_size = 0;

@@ -1,7 +1,7 @@
 // libbz2's tables are most of what a small stream costs, since the sanitizer maps and marks blocks
-// of that size anew each time. Here they are kept for the next stream; the sanitizer does not see
-// what libbz2 does inside them anyway. Takes the place of libbz2's own functions, for its own
-// calls, too.
+// of that size anew each time. Here they are kept for the next stream, unless the code under test
+// brings memory of its own; the sanitizer does not see what libbz2 does inside them anyway. Takes
+// the place of libbz2's own functions, for its own calls, too.
 #include <bzlib.h>
 #include <dlfcn.h>
 
@@ -64,8 +64,10 @@ Function *next(Function &, const char *name)
 extern "C" int BZ2_bzDecompressInit(bz_stream *stream, int verbosity, int small)
 {
     static const auto init = next(BZ2_bzDecompressInit, "BZ2_bzDecompressInit");
-    stream->bzalloc = take;
-    stream->bzfree = giveBack;
+    if (!stream->bzalloc) {
+        stream->bzalloc = take;
+        stream->bzfree = giveBack;
+    }
     return init(stream, verbosity, small);
 }
 
