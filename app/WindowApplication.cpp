@@ -18,18 +18,28 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QIcon>
 #include <QToolTip>
 
 namespace {
 
-// The content view gives the window its size.
-constexpr QRect AnyFrame(0, 0, 1, 1);
+// As large as its content, which comes while the desktop puts the window up.
+constexpr QRect FirstFrame(0, 0, 1000, 640);
 // The lowest part of the window is the shadow of its artwork.
 constexpr int TouchBarGap = -14;
 
 void terminate()
 {
     DispatchQueue::main()->async([] { QCoreApplication::quit(); });
+}
+
+// From pictures of the sizes that desktops ask for.
+QIcon windowIcon()
+{
+    QIcon icon;
+    for (const int size : {16, 32, 48, 64, 128})
+        icon.addFile(QStringLiteral(":/artwork/icons/quellmoor-%1.png").arg(size));
+    return icon;
 }
 
 void dressToolTips()
@@ -52,12 +62,11 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
       m_activationPolicy(makeActivationPolicy()),
       m_reachability(makeReachabilityService()),
       m_biometrics(makeBiometricContext(&m_fingerprintPrompt)),
-      m_window(AnyFrame),
-      m_view(loadView())
+      m_window(FirstFrame),
+      m_view(showWindowAndLoadView())
 {
     LocalAuthenticationHandler::install(std::make_unique<LocalAuthenticationHandler>(
         *m_biometrics, m_userDefaults, m_alertPresenter));
-    m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
     m_window.setContentView(&m_view);
     m_alertPresenter.setWindow(&m_window);
     m_fingerprintPrompt.setWindow(&m_window);
@@ -70,6 +79,8 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
                                    LocalAuthenticationHandler::shared(), m_timer, *m_reachability});
     dressToolTips();
     makeMenu();
+    QObject::connect(&m_window, &CustomWindow::appeared, &m_view,
+                     [] { QApplication::setWindowIcon(windowIcon()); });
 }
 
 WindowApplication::~WindowApplication()
@@ -78,8 +89,12 @@ WindowApplication::~WindowApplication()
     LocalAuthenticationHandler::install(nullptr);
 }
 
-LauncherView &WindowApplication::loadView()
+LauncherView &WindowApplication::showWindowAndLoadView()
 {
+    // First, for the desktop has work of its own to do with a window. It is painted later.
+    m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
+    m_window.setFixedSize(m_window.size());
+    m_window.show();
     auto view = ViewController::loadWithNibNamed(QStringLiteral("Launcher"),
                                                  LauncherView::staticMetaObject);
     if (!view)
@@ -113,9 +128,6 @@ void WindowApplication::copyDiagnostics()
 
 void WindowApplication::start()
 {
-    // First, for the desktop has work of its own to do with a window. It is painted later.
-    m_window.center();
-    m_window.show();
     m_controller->viewDidLoad();
     // After what the view has queued for itself, which takes the keyboard from the fields.
     DispatchQueue::main()->async([controller = m_controller] { controller->viewDidAppear(); });

@@ -20,13 +20,13 @@ class TouchBarHost;
 class WindowApplication
 {
 public:
-    // The log must outlive it.
+    // Shows the window, which is painted when the event loop runs. The log must outlive it.
     WindowApplication(const Configuration &configuration, const RecentLog &recentLog);
     ~WindowApplication();
     WindowApplication(const WindowApplication &) = delete;
     WindowApplication &operator=(const WindowApplication &) = delete;
 
-    // Shows the window and begins the controller's life.
+    // Begins the controller's life.
     void start();
     // Shows the controller's Touch Bar, from then on until stop().
     void showTouchBar();
@@ -36,7 +36,7 @@ public:
     void stop();
 
 private:
-    [[nodiscard]] LauncherView &loadView();
+    [[nodiscard]] LauncherView &showWindowAndLoadView();
     void makeMenu();
     void copyDiagnostics();
 

@@ -4,35 +4,25 @@
 #include "app/SingleInstance.h"
 #include "app/Translations.h"
 #include "app/WindowApplication.h"
+#include "platform/FontLibrary.h"
 #include "platform/Memory.h"
 #include "platform/SharedApplication.h"
 #include "platform/SystemLog.h"
 #include "ui/NewsPage.h"
+#include "ui/Typography.h"
 
 #include <QApplication>
-#include <QIcon>
-
 #include <cstdio>
-
-namespace {
-
-// From pictures of the sizes that desktops ask for: drawing them would hold up the window.
-QIcon windowIcon()
-{
-    QIcon icon;
-    for (const int size : {16, 32, 48, 64, 128})
-        icon.addFile(QStringLiteral(":/artwork/icons/quellmoor-%1.png").arg(size));
-    return icon;
-}
-
-} // namespace
+#include <thread>
 
 int main(int argc, char **argv)
 {
     Memory::giveLargeBuffersBackAtOnce();
     Application::outliveLimitsOfSize();
     openWebPagesToScreenReaders();
+    std::thread fonts(FontLibrary::load);
     QApplication application(argc, argv); // takes its own words out of argv
+    fonts.join();
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {
         std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
@@ -40,9 +30,9 @@ int main(int argc, char **argv)
     }
     const RecentLog recentLog;
     Application::name();
+    QApplication::setFont(Typography::text(16)); // the desktop's own is never seen
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
     const Translations translations(QLocale::system().uiLanguages());
-    QApplication::setWindowIcon(windowIcon());
 
     const Configuration configuration = Configuration::compiledIn();
     SingleInstance instance(configuration.dataFolder);

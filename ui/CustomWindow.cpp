@@ -5,6 +5,8 @@
 #include <QScreen>
 #include <QWindow>
 
+#include <utility>
+
 namespace {
 
 QRect visibleFrameOf(const QScreen *screen)
@@ -49,6 +51,12 @@ QPoint CustomWindow::originForDrag(const QRect &frame, const QPointF &initialLoc
 QString CustomWindow::platformName() const { return QGuiApplication::platformName(); }
 
 void CustomWindow::startSystemMove() { windowHandle()->startSystemMove(); }
+
+void CustomWindow::paintEvent(QPaintEvent *)
+{
+    if (!std::exchange(m_hasAppeared, true))
+        QMetaObject::invokeMethod(this, &CustomWindow::appeared, Qt::QueuedConnection);
+}
 
 void CustomWindow::mousePressEvent(QMouseEvent *event)
 {

@@ -33,17 +33,23 @@ public:
     [[nodiscard]] static QPoint originForDrag(const QRect &frame, const QPointF &initialLocation,
                                               const QPointF &location, const QRect &visibleFrame);
 
+signals:
+    // Once, when the window has been painted for the first time. What can wait until then should.
+    void appeared();
+
 protected:
     // Qt's name of the window system.
     [[nodiscard]] virtual QString platformName() const;
     // Hands a move that has begun with the mouse over to the desktop.
     virtual void startSystemMove();
 
+    void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     QPointF m_initialLocation;
+    bool m_hasAppeared = false;
     bool m_isHeld = false; // by a press that no control took
 };

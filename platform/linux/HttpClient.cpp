@@ -59,8 +59,6 @@ public:
     explicit QtHttpClient(const QString &extraCertificateFile)
         : m_extraCertificateFile(extraCertificateFile)
     {
-        // Qt loads its TLS library at first use and warns when two threads are the first.
-        QSslSocket::supportsSsl();
         m_readerContext.moveToThread(&m_reader);
         m_reader.setObjectName(QStringLiteral("http"));
         m_reader.start();
@@ -106,15 +104,18 @@ public:
 private:
     const QSslConfiguration &sslConfiguration()
     {
+        // Qt loads its TLS library at first use, which takes longer than a window may wait for, and
+        // warns when two threads are the first.
         std::call_once(m_sslOnce, [this] {
+            QSslSocket::supportsSsl();
             m_sslConfiguration = sslConfigurationWith(m_extraCertificateFile);
         });
-        return m_sslConfiguration;
+        return *m_sslConfiguration;
     }
 
     const QString m_extraCertificateFile;
     std::once_flag m_sslOnce;
-    QSslConfiguration m_sslConfiguration;
+    std::optional<QSslConfiguration> m_sslConfiguration;
     QThread m_reader;
     QObject m_readerContext;
 };

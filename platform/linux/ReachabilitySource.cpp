@@ -58,13 +58,6 @@ private:
 class LinuxReachabilityService final : public ReachabilityService
 {
 public:
-    // Only the back end that asks NetworkManager reports changes. The other one, which Qt would
-    // load without it, waits for a signal that its library does not send.
-    LinuxReachabilityService()
-        : m_hasManager(QNetworkInformation::loadBackendByName(u"networkmanager"))
-    {
-    }
-
     std::unique_ptr<ReachabilitySource> sourceForName(const QString &) override { return source(); }
     std::unique_ptr<ReachabilitySource> sourceForAddress(const QString &) override
     {
@@ -72,14 +65,14 @@ public:
     }
 
 private:
-    std::unique_ptr<ReachabilitySource> source() const
+    // Only the back end that asks NetworkManager reports changes. The other one, which Qt would
+    // load without it, waits for a signal that its library does not send.
+    static std::unique_ptr<ReachabilitySource> source()
     {
-        if (m_hasManager)
+        if (QNetworkInformation::loadBackendByName(u"networkmanager"))
             return std::make_unique<QtReachabilitySource>();
         return std::make_unique<RouteReachability>(makeRoutes());
     }
-
-    const bool m_hasManager;
 };
 
 } // namespace

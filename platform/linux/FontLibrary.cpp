@@ -1,0 +1,5 @@
+#include "platform/FontLibrary.h"
+
+#include <fontconfig/fontconfig.h>
+
+void FontLibrary::load() { FcInit(); }
