@@ -67,10 +67,13 @@ void SingleInstance::setComeForward(std::function<void()> comeForward)
 
 bool SingleInstance::lock()
 {
+    if (m_mayGoOn)
+        return true;
     const FileLock::Result result = m_lock.tryLock();
     if (result == FileLock::Result::Failed)
         ErrorHandler::log(QStringLiteral("Cannot lock the launcher data folder."));
-    return result != FileLock::Result::Held;
+    m_mayGoOn = result != FileLock::Result::Held;
+    return m_mayGoOn;
 }
 
 bool SingleInstance::askOtherToComeForward() const

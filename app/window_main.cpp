@@ -4,7 +4,7 @@
 #include "app/SingleInstance.h"
 #include "app/Translations.h"
 #include "app/WindowApplication.h"
-#include "platform/FontLibrary.h"
+#include "platform/HeadStart.h"
 #include "platform/Memory.h"
 #include "platform/SharedApplication.h"
 #include "platform/SystemLog.h"
@@ -14,28 +14,33 @@
 #include <QApplication>
 #include <cstdio>
 #include <thread>
+#include <tuple>
 
 int main(int argc, char **argv)
 {
     Memory::giveLargeBuffersBackAtOnce();
     Application::outliveLimitsOfSize();
     openWebPagesToScreenReaders();
-    std::thread fonts(FontLibrary::load);
+    const RecentLog recentLog;
+    const Configuration configuration = Configuration::compiledIn();
+    SingleInstance instance(configuration.dataFolder);
+    std::jthread meanwhile([&instance] {
+        HeadStart::readFonts();
+        std::ignore = instance.claimQuietly();
+    });
     QApplication application(argc, argv); // takes its own words out of argv
-    fonts.join();
+    meanwhile.join();
+    const std::jthread desktop(HeadStart::meetDesktop);
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {
         std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
         return Application::UsageMistake;
     }
-    const RecentLog recentLog;
     Application::name();
-    QApplication::setFont(Typography::text(16)); // the desktop's own is never seen
+    QApplication::setFont(Typography::text(15)); // the desktop's own is never seen
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
     const Translations translations(QLocale::system().uiLanguages());
 
-    const Configuration configuration = Configuration::compiledIn();
-    SingleInstance instance(configuration.dataFolder);
     if (!instance.claim())
         return 0;
     SystemLog::setFile(Configuration::logFile());

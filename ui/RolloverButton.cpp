@@ -27,8 +27,8 @@ QFont captionFont(RolloverButton::CaptionStyle style)
         return font;
     }
     if (style == RolloverButton::BelowPicture)
-        return Typography::text(12, QFont::Medium);
-    return Typography::text(14);
+        return Typography::text(12);
+    return Typography::text(15);
 }
 
 QPainterPath roundedOutline(const QRectF &bounds)

@@ -26,7 +26,7 @@ TextField::TextField(QWidget *parent) : QLineEdit(parent)
 {
     setFrame(false);
     setAttribute(Qt::WA_MacShowFocusRect, false);
-    setFont(Typography::text(16));
+    setFont(Typography::text(15));
     QPalette colors = palette();
     colors.setColor(QPalette::Base, Qt::transparent);
     colors.setColor(QPalette::Text, QColor::fromRgb(Palette::Text));

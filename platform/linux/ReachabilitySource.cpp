@@ -2,6 +2,8 @@
 
 #include "platform/linux/RouteReachability.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QNetworkInformation>
 #include <QObject>
 
@@ -66,12 +68,19 @@ public:
 
 private:
     // Only the back end that asks NetworkManager reports changes. The other one, which Qt would
-    // load without it, waits for a signal that its library does not send.
+    // load without it, waits for a signal that its library does not send. Both are loaded, with
+    // much that they need, when Qt is asked for one.
     static std::unique_ptr<ReachabilitySource> source()
     {
-        if (QNetworkInformation::loadBackendByName(u"networkmanager"))
+        if (isNetworkManagerThere() && QNetworkInformation::loadBackendByName(u"networkmanager"))
             return std::make_unique<QtReachabilitySource>();
         return std::make_unique<RouteReachability>(makeRoutes());
+    }
+
+    static bool isNetworkManagerThere()
+    {
+        const auto *bus = QDBusConnection::systemBus().interface();
+        return bus && bus->isServiceRegistered(QStringLiteral("org.freedesktop.NetworkManager"));
     }
 };
 

@@ -1,5 +1,0 @@
-#include "platform/FontLibrary.h"
-
-#include <fontconfig/fontconfig.h>
-
-void FontLibrary::load() { FcInit(); }
