@@ -79,18 +79,30 @@ bool RotatingFile::isStillAtItsPlace(struct stat &status) const
            status.st_ino == atPath.st_ino;
 }
 
+// Another process may set the file aside just when it is opened here. It fills the next one first.
+bool RotatingFile::openAtItsPlace(struct stat &status)
+{
+    for (int tries = 0; tries < FileCount; ++tries) {
+        if (!open())
+            return false;
+        if (isStillAtItsPlace(status))
+            return true;
+    }
+    return false;
+}
+
 // The lock is on the file that is full: whoever waited for it finds it moved and looks again.
 bool RotatingFile::makeRoomFor(qint64 size)
 {
     struct stat status = {};
-    if (!isStillAtItsPlace(status) && !(open() && isStillAtItsPlace(status)))
+    if (!isStillAtItsPlace(status) && !openAtItsPlace(status))
         return false;
     if (status.st_size + size <= SizeLimit)
         return true;
     flock(m_descriptor, LOCK_EX);
     if (isStillAtItsPlace(status))
         setAside();
-    return open() && isStillAtItsPlace(status) && status.st_size + size <= SizeLimit;
+    return openAtItsPlace(status) && status.st_size + size <= SizeLimit;
 }
 
 void RotatingFile::setAside() const

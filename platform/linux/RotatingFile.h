@@ -27,6 +27,7 @@ public:
 
 private:
     bool open();
+    bool openAtItsPlace(struct stat &status);
     void close();
     [[nodiscard]] bool isStillAtItsPlace(struct stat &status) const;
     bool makeRoomFor(qint64 size);
