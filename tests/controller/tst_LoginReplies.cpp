@@ -166,8 +166,10 @@ void TestLoginReplies::givesUpOnAReplyThatComesTooLate_data()
 {
     QTest::addColumn<TestReply>("late");
     const QByteArray success = R"({"status":7,"message":"Welcome","token":"cookie"})";
-    std::vector<TestReply::Step> steps = TestReply::whole(success).steps();
-    steps.insert(steps.begin(), TestReply::Wait());
+    const TestReply soon = TestReply::whole(success);
+    std::vector<TestReply::Step> steps{TestReply::Wait()};
+    for (const TestReply::Step &step : soon.steps())
+        steps.push_back(step);
     QTest::newRow("as a whole") << TestReply(steps);
     QTest::newRow("after its beginning") << TestReply::stalled(success, 10);
 }
