@@ -14,12 +14,13 @@ from lab import injection, peak
 from lab.book import Book, Case
 from lab.ground import FILE, INVALID, NO_MANIFEST, TARGET, VALID, Ground, shown
 from lab.reply import Ending, Reply
-from lab.window import Window, press
+from lab.window import FIRST_STATUS, Window, press
 from lab.wire import MANIFEST
 from stage import waiting
 
-from . import installers
-from .windows import LOGIN, NO_CONNECTION, Desk, finish
+from . import installers, news
+from .game_runs import IN_PLAY
+from .windows import LOGIN, NEWS, NO_CONNECTION, Desk, finish
 
 MEGABYTE = 1024 * 1024
 SECONDS = 600
@@ -121,7 +122,7 @@ def measured(ground: Ground, case: Case, folder: Path, codes: tuple[int, ...], m
 
 
 def judge(case: Case, kilobytes: int, most: int) -> None:
-    case.peak = kilobytes // 1024
+    case.peak, case.bound = kilobytes // 1024, most
     case.expect(f"at most {most} MB of memory, {case.peak} of them", case.peak <= most, True)
 
 
@@ -130,7 +131,14 @@ def run_windows(book: Book, folder: Path) -> None:
     desk = Desk(ground)
     ground.fresh()
     window = Window(folder, ground.player)
+    # Only a launcher that started without a network fetches its news anew.
+    window.network.tell(False)
     window.start()
+    if not book.is_short:
+        with book.case("news", "too much: a page without end") as case:
+            page(ground, window, desk, case)
+        window.end()
+        window.start()
     for name, reply in (("one of 1 GB", sized(1024)), ("one without end", endless)):
         with book.case("login", f"too much: {name}") as case:
             login(ground, window, desk, case, reply(ground))
@@ -139,6 +147,12 @@ def run_windows(book: Book, folder: Path) -> None:
         ground.wire.pages[installers.PATH] = lambda _request: b""
         with book.case("installer", "too much: one without end") as case:
             installer(ground, window, case)
+        ground.wire.pages[LOGIN] = lambda _request: IN_PLAY
+        with book.case("manifest", "too much: one of 200 MB, in the window") as case:
+            patching(ground, window, case, MANIFEST, sized(200)(ground), 200)
+        small_bomb = "too much: 722 bytes that stand for 1 GB, in the window"
+        with book.case("game file", small_bomb) as case:
+            patching(ground, window, case, FILE, bomb(10**9)(ground), 1020)
     window.writes_pulse(book, "too much")
     window.close()
     ground.stop()
@@ -152,7 +166,40 @@ def login(ground: Ground, window: Window, desk: Desk, case: Case, reply: Reply) 
     assert window.launcher
     most = peak.of_process(window.launcher.pid)
     finish(ground, window, desk, case)
-    judge(case, most, 128 * 3 + OWN_WINDOW)
+    judge(case, most, 128 * 2 + OWN_WINDOW)
+
+
+def page(ground: Ground, window: Window, desk: Desk, case: Case) -> None:
+    before = news.begin(ground, window, desk)
+    ground.wire.fail(NEWS, endless(ground))
+    news.load(ground, window)
+    window.waits_for("no page", lambda: news.shows(window) != before)
+    assert window.launcher
+    most = peak.of_process(window.launcher.pid)
+    news.finish(ground, window, desk, case)
+    judge(case, most, 4 * 10 + OWN_WINDOW)
+
+
+def patching(ground: Ground, window: Window, case: Case, path: str, reply: Reply,
+             most: int) -> None:
+    """The first answer is too much. The same window has a whole game, starts it and comes back."""
+    ground.fresh()
+    ground.wire.fail(path, reply, times=1)
+    before = ground.wire.count(path)
+    window.start()
+    case.runs += 1
+    if path == MANIFEST:
+        window.waits_for("the first manifest", lambda: ground.wire.count(path) > before)
+    window.logs_in()
+    window.waits_for("a whole game", lambda: ground.wire.count(path) >= before + 2
+                     and snapshot.contents(ground.player.game) == ground.right)
+    window.waits_for("the form", lambda: window.status() == FIRST_STATUS and window.can_play())
+    ground.keeps(case)
+    case.sees(f"the next answer's game; then \"{window.status()}\" and the login form")
+    assert window.launcher
+    judge(case, peak.of_process(window.launcher.pid), most + OWN_WINDOW)
+    case.after = "the same window goes on"
+    window.end()
 
 
 def installer(ground: Ground, window: Window, case: Case) -> None:
@@ -173,4 +220,4 @@ def installer(ground: Ground, window: Window, case: Case) -> None:
     case.expect("an installer", (ground.player.data / installers.INSTALLER).exists(), False)
     case.sees("the download page in the browser, and the launcher's end")
     installers.finish(ground, window, case)
-    judge(case, most, 1024 * 2 + OWN_WINDOW)
+    judge(case, most, 1024 + OWN_WINDOW)

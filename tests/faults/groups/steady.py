@@ -53,13 +53,16 @@ def watched(ground: Ground, book: Book, case: Case, folder: Path, path: str,
     pid = window.launcher.pid
     memory, used, started = resident(pid), processor_seconds(pid), time.monotonic()
     at_start = ground.wire.count(path)
+    reached(window, ground, path, warm_up + rounds // 2)
+    half = resident(pid)
     reached(window, ground, path, warm_up + rounds)
     seconds = time.monotonic() - started
     growth = resident(pid) - memory
     a_minute = (ground.wire.count(path) - at_start) * 60 / seconds
     share = (processor_seconds(pid) - used) / seconds
     case.sees(f"{rounds} rounds: {a_minute:.0f} requests a minute, {share:.0%} of a processor, "
-              f"{memory / 1024:.0f} MB, {growth:+d} KB over them")
+              f"{memory / 1024:.0f} MB, {growth:+d} KB over them, {memory + growth - half:+d} KB of "
+              f"it in their second half")
     book.facts[case.name] = case.saw
     case.expect("memory that stays flat", growth <= MOST_GROWTH_KB, True)
     ground.keeps(case)

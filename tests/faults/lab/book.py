@@ -24,10 +24,20 @@ class Complaint(Exception):
     """A case went otherwise than it must."""
 
 
+class Crash(Complaint):
+    """The launcher ended as no launcher should."""
+
+
+class Hang(Complaint):
+    """The launcher did not end, or went on no more."""
+
+
 @dataclass
 class Case:
     """One row of the report. `runs` is how often the launcher was started for it, `faults` how often
-    something went wrong, and `peak` the most memory that it held, in megabytes, where measured.
+    something went wrong; `peak` is the most memory that it held and `bound` what it may hold, in
+    megabytes, where measured. `questions` were asked of the window's thread, `late` of them waited
+    too long, and `longest` is the longest wait in milliseconds.
     """
 
     area: str
@@ -40,7 +50,12 @@ class Case:
     seconds: float = 0.0
     faults: int = 1
     peak: int = 0
+    bound: int = 0
+    questions: int = 0
+    late: int = 0
+    longest: int = 0
     complaint: str = ""
+    kind: str = ""
 
     def sees(self, text: str) -> None:
         for pattern, plain in CHANGING:
@@ -73,7 +88,8 @@ class Book:
         try:
             yield case
         except Exception as complaint:  # whatever it is, the other cases go on
-            kind = "" if isinstance(complaint, Complaint) else f"{type(complaint).__name__}: "
+            case.kind = type(complaint).__name__
+            kind = "" if isinstance(complaint, Complaint) else f"{case.kind}: "
             case.complaint = f"{kind}{complaint}"[:LONGEST_COMPLAINT]
             print(f"  FAILED {area}: {name}: {case.complaint}", file=sys.stderr, flush=True)
         case.seconds = time.monotonic() - started

@@ -13,7 +13,7 @@ from typing import Mapping, Optional, Sequence
 from harness import games, snapshot
 from harness.player import SECONDS, Outcome, Player
 
-from .book import Case, Complaint
+from .book import Case, Complaint, Crash, Hang
 from .wire import Wire
 
 TARGET = "target.bin"
@@ -25,6 +25,8 @@ DATES = "lastValid/"
 OF_THE_PLAYER: tuple[tuple[str, int, object], ...] = (
     ("prevUser", 0, "wren"), ("something of a later version", 3, bytes(range(256))))
 VALID, INVALID, NO_MANIFEST = 0, 1, 2
+# A wrapper tells so of a launcher that a signal ended.
+SIGNALLED = 128
 
 
 class Ground:
@@ -75,11 +77,13 @@ class Ground:
             return self.player.run(*(arguments or ("--update",)), wrapper=wrapper,
                                    seconds=seconds)
         except subprocess.TimeoutExpired as hang:
-            raise Complaint(f"the launcher hangs: {hang}") from None
+            raise Hang(f"the launcher hangs: {hang}") from None
 
     def ends(self, case: Case, outcome: Outcome, *codes: int) -> Outcome:
         if outcome.code not in codes:
-            raise Complaint(f"expected one of the exit codes {codes}, saw {outcome}")
+            is_crash = outcome.code < 0 or outcome.code > SIGNALLED
+            raise (Crash if is_crash else Complaint)(
+                f"expected one of the exit codes {codes}, saw {outcome}")
         return outcome
 
     def keeps(self, case: Case) -> None:
