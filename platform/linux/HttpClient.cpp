@@ -9,6 +9,8 @@
 #include <QSslSocket>
 #include <QThread>
 
+#include <openssl/crypto.h>
+
 #include <future>
 #include <mutex>
 
@@ -137,5 +139,8 @@ void HttpClient::sendAsynchronousRequest(const HttpRequest &request, Completion 
 
 std::unique_ptr<HttpClient> makeHttpClient(const QString &extraCertificateFile)
 {
+    // Qt does not join its threads: one may still be giving back its part of OpenSSL when the
+    // process ends. OpenSSL would then give back all parts, and this one twice.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     return std::make_unique<QtHttpClient>(extraCertificateFile);
 }
