@@ -21,6 +21,6 @@ struct Outcome
 // For the child: it gets no more than so much memory beyond what it has, or at least (under a
 // sanitizer) no piece of more than MostAtOnce.
 void limitMemory(qint64 bytes);
-constexpr qint64 MostAtOnce = 100 * 1024 * 1024;
+constexpr qint64 MostAtOnce = 200 * 1024 * 1024;
 
 } // namespace FatalCheck
