@@ -3,6 +3,7 @@
 #include "platform/BiometricPrompt.h"
 #include "platform/DispatchQueue.h"
 #include "platform/linux/FprintDesk.h"
+#include "platform/linux/Post.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -92,7 +93,7 @@ private:
     template<typename Action>
     void atDesk(Action action)
     {
-        QMetaObject::invokeMethod(m_desk, std::move(action), Qt::QueuedConnection);
+        postTo(m_desk, std::move(action));
     }
 
     [[nodiscard]] bool isRunning(int question) const
@@ -123,8 +124,7 @@ private:
         if (!isOwner)
             ErrorHandler::log(QStringLiteral("Fingerprint refused: %1.").arg(why));
         // Later and bound to this object: a reply may do anything, even destroy it.
-        QMetaObject::invokeMethod(
-            this, [reply, isOwner] { reply(isOwner); }, Qt::QueuedConnection);
+        postTo(this, [reply, isOwner] { reply(isOwner); });
         if (m_prompt)
             m_prompt->hide();
     }

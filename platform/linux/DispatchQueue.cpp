@@ -1,5 +1,7 @@
 #include "platform/DispatchQueue.h"
 
+#include "platform/linux/Post.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QThread>
@@ -116,7 +118,7 @@ public:
     void async(Block block) override
     {
         if (QCoreApplication *application = QCoreApplication::instance())
-            QMetaObject::invokeMethod(application, std::move(block), Qt::QueuedConnection);
+            postTo(application, std::move(block));
     }
 };
 

@@ -2,6 +2,7 @@
 
 #include "app/ErrorHandler.h"
 #include "platform/DispatchQueue.h"
+#include "platform/linux/Post.h"
 #include "platform/linux/QtHttp.h"
 
 #include <QFile>
@@ -91,7 +92,7 @@ public:
         std::promise<Contents> promise;
         std::future<Contents> contents = promise.get_future();
         const auto done = [&promise](Contents result) { promise.set_value(std::move(result)); };
-        QMetaObject::invokeMethod(&m_readerContext, [this, url, largestBody, done] {
+        postTo(&m_readerContext, [this, url, largestBody, done] {
             HttpRequest request;
             request.url = url;
             request.largestBody = largestBody;

@@ -1,5 +1,6 @@
 #include "platform/DispatchQueue.h"
 #include "platform/HttpUrl.h"
+#include "platform/linux/Post.h"
 #include "platform/linux/QtHttp.h"
 #include "platform/linux/RefusedHost.h"
 
@@ -160,7 +161,7 @@ void QtHttpConnection::start()
         return;
     }
     moveToThread(mainThread);
-    QMetaObject::invokeMethod(this, &QtHttpConnection::send, Qt::QueuedConnection);
+    postTo(this, [this] { send(); });
 }
 
 void QtHttpConnection::send()
@@ -176,9 +177,7 @@ void QtHttpConnection::send()
     DispatchQueue::global(DispatchQueue::QualityOfService::High)
         ->async([self = shared_from_this(), host = *m_refusedHost] {
             const QList<QHostAddress> addresses = RefusedHost::addressesOf(host);
-            QMetaObject::invokeMethod(
-                self.get(), [self, addresses] { self->sendToAnyOf(addresses); },
-                Qt::QueuedConnection);
+            postTo(self.get(), [self, addresses] { self->sendToAnyOf(addresses); });
         });
 }
 
@@ -236,9 +235,7 @@ void QtHttpConnection::passOverTheName(QList<QSslError> errors)
 void QtHttpConnection::setPaused(bool isPaused)
 {
     if (thread() != QThread::currentThread()) {
-        QMetaObject::invokeMethod(
-            this, [self = shared_from_this(), isPaused] { self->setPaused(isPaused); },
-            Qt::QueuedConnection);
+        postTo(this, [self = shared_from_this(), isPaused] { self->setPaused(isPaused); });
         return;
     }
     if (std::exchange(m_isPaused, isPaused) == isPaused || !m_self)
@@ -383,9 +380,7 @@ void QtHttpConnection::dropReply()
     m_reply->deleteLater();
     m_reply = nullptr;
     // A manager takes its replies with it, and this may run within a signal of one.
-    QMetaObject::invokeMethod(
-        QAbstractEventDispatcher::instance(), [manager = std::move(m_manager)] {},
-        Qt::QueuedConnection);
+    postTo(QAbstractEventDispatcher::instance(), [manager = std::move(m_manager)] {});
 }
 
 void QtHttpConnection::end()

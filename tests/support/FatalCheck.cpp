@@ -1,5 +1,7 @@
 #include "FatalCheck.h"
 
+#include "Sanitized.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QProcess>
@@ -12,14 +14,6 @@ namespace {
 
 constexpr auto ChildVariable = "QUELLMOOR_FATAL_CHILD";
 constexpr int ChildLimit = 60000;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool IsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool IsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool IsSanitized = false;
-#endif
 
 // A sanitizer's own allocator ignores the system's limit and ends the process by default.
 void limitSanitizer(QProcessEnvironment &environment, const QString &variable)
