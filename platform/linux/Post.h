@@ -10,8 +10,8 @@
 #endif
 
 // Runs the function in the receiver's thread, when its event loop gets there; not at all when the
-// receiver is gone by then. From any thread. All that was done before is done for the function, too;
-// a thread sanitizer is told so, since it sees nothing of what happens inside Qt.
+// receiver is gone by then. From any thread. All that was done before is done for the function,
+// too; a thread sanitizer is told so, since it sees nothing of what happens inside Qt.
 template<typename Function>
 void postTo(QObject *receiver, Function function)
 {
