@@ -30,20 +30,33 @@ std::unique_ptr<RotatingFile> &file()
     return instance;
 }
 
-// name=value, name: "value", "name":"value" and the like.
+QRegularExpression ignoringCase(const QString &pattern)
+{
+    return QRegularExpression(pattern, QRegularExpression::CaseInsensitiveOption);
+}
+
+// A header that is nothing but a secret: all that follows it.
+const QRegularExpression &secretHeader()
+{
+    static const QRegularExpression pattern =
+        ignoringCase(QStringLiteral(R"((\b(?:cookie|authorization):\s*)[^\s"'\\].*)"));
+    return pattern;
+}
+
+// name=value, name: "value", "name":"value", the same inside of a string, and the like. What is
+// sent as a form keeps its commas and semicolons.
 const QRegularExpression &namedSecret()
 {
-    static const QRegularExpression pattern(
-        QStringLiteral(
-            R"(((?:password|token|cookie)["']?\s*[=:]\s*)("[^"]*"?|'[^']*'?|[^\s&;,]+))"),
-        QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression pattern = ignoringCase(
+        QStringLiteral(R"(((?:password|passwd|token|cookie|authorization)["'\\]*\s*[=:]\s*))"
+                       R"((\\".*?(?:\\"|$)|"(?:[^"\\]|\\.)*"?|'[^']*'?|[^\s&]+))"));
     return pattern;
 }
 
 const QRegularExpression &accountInUrl()
 {
-    static const QRegularExpression pattern(QStringLiteral(R"((\b[a-z][a-z0-9+.-]*://)[^\s/@]+@)"),
-                                            QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression pattern =
+        ignoringCase(QStringLiteral(R"((\b[a-z][a-z0-9+.-]*://)[^\s/]+@)"));
     return pattern;
 }
 
@@ -75,6 +88,7 @@ QString onOneLine(const QString &text)
 QString withoutSecrets(const QString &line)
 {
     QString result = line;
+    result.replace(secretHeader(), QStringLiteral("\\1(removed)"));
     result.replace(namedSecret(), QStringLiteral("\\1(removed)"));
     result.replace(accountInUrl(), QStringLiteral("\\1(removed)@"));
     return result;

@@ -30,7 +30,9 @@ BOUNDS = (
     Bound("a game file, packed", "a quarter of the memory, 512 MB at least",
           (BODIES, f"{LIMITS} failsWhenThereIsNoMemoryForTheBody"),
           "one of 1 GB packed, with 2 GB of memory; one without end, with 2 GB of memory"),
-    Bound("a game file, unpacked", "half of the memory, 1 GB at least",
+    Bound("a game file, unpacked",
+          "half of the memory, 1 GB at least, each; as many as there are processors may be unpacked "
+          "at once",
           ("tests/patcher/tst_Bzip2Damage.cpp limitsContentsByTheMemory",
            "tests/patcher/tst_Bzip2Damage.cpp refusesContentsBeyondTheLimit",
            "tests/patcher/tst_Bzip2.cpp refusesWhatDoesNotFitInMemory"),
@@ -54,8 +56,8 @@ BOUNDS = (
 REST = """
 Beyond a bound an answer has failed, as if the connection had been lost.
 
-- News as text, which only players without OpenGL and root get, are laid out on the window's
-  thread: a page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
+- News as text, which only root and a launcher without its web plugin get, are laid out on the
+  window's thread: a page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
 - An invalid size of a chunk passes for the end of a body. Manifests, game files and login replies
   that end too early are noticed by what they are; an installer is not.
 - What was written beside a file and never put in its place is removed with the next check of that

@@ -21,6 +21,9 @@ answer wrongly byte by byte; `strace` fails or kills the launcher at single syst
 limits, another user and another clock change the machine. After every case the game folder is
 compared byte for byte with what it was and what was published, and the stored settings entry by
 entry; an exit by a signal, a hang, or anything left behind after the next start fails the case.
+Settings that were damaged on purpose begin anew, the damaged ones are set aside: there "kept" means
+that. The kills at any moment only ask whether the settings can be read, the installations damaged
+at random do not look at them.
 "Kept" are the files that were good before and the settings; what the player saw is the status line
 of the window or the line of the log that tells.
 
