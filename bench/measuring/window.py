@@ -25,9 +25,9 @@ from .report import at_most, seconds, table
 
 EMPTY, LAUNCHER = "empty window", "launcher"
 NEWS = "/launcher/"
-TICK = 1 / os.sysconf("SC_CLK_TCK")
 MEBIBYTE_IN_KIB = 1024
-STILL = 1.0  # seconds without any work: a launcher that has come to rest
+STILL = 1.0  # seconds
+AT_REST = 0.002  # of a core, a launcher that has nothing to do any more
 WATCHED = 20.0  # seconds
 
 
@@ -153,22 +153,20 @@ def _proportional(pid: int) -> int:
 
 
 def _comes_to_rest(launcher: int) -> None:
-    until("a launcher at rest", lambda: _work_of(launcher, STILL) == 0)
+    until("a launcher at rest", lambda: _work_of(launcher, STILL) < AT_REST)
 
 
 def _work_of(launcher: int, span: float) -> float:
     """The part of a core that its processes use meanwhile."""
-    before = _ticks(launcher)
+    before = _processor_time(launcher)
     time.sleep(span)  # what is measured is this span
-    return (_ticks(launcher) - before) * TICK / span
+    return (_processor_time(launcher) - before) / span
 
 
-def _ticks(launcher: int) -> int:
-    total = 0
-    for pid in _family(launcher):
-        fields = Path(f"/proc/{pid}/stat").read_text(errors="replace").rpartition(")")[2].split()
-        total += int(fields[11]) + int(fields[12])
-    return total
+def _processor_time(launcher: int) -> float:
+    """In seconds, of the threads that its processes have now."""
+    return sum(int(thread.read_text().split()[0]) for pid in _family(launcher)
+               for thread in Path(f"/proc/{pid}/task").glob("*/schedstat")) / 1e9
 
 
 def _family(launcher: int) -> list[int]:
