@@ -1,5 +1,7 @@
 #include "ui/CustomWindow.h"
 
+#include "ui/Accessibility.h"
+
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
@@ -19,6 +21,7 @@ QRect visibleFrameOf(const QScreen *screen)
 CustomWindow::CustomWindow(const QRect &contentRect, Qt::WindowFlags styleMask)
     : QWidget(nullptr, styleMask)
 {
+    Accessibility::install(); // before it is shown: what it is told then stays
     setGeometry(contentRect);
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowOpacity(1.0);
