@@ -71,6 +71,7 @@ void LauncherView::awakeFromNib()
         m_newsView->setPageFactory(m_services->newsPageFactory);
     m_newsView->setExtraCertificateFile(m_services->configuration.extraCertificateFile);
     downloadNews();
+    cutWindowToShape();
 }
 
 void LauncherView::bindOutlets()
@@ -217,7 +218,14 @@ void LauncherView::webViewDecidePolicyForNavigationAction(const QUrl &url,
 void LauncherView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    cutToShape(*window(), *m_backgroundImage);
+    cutWindowToShape();
+}
+
+// Once there is a window to cut and a shape to cut it to, whichever comes last.
+void LauncherView::cutWindowToShape()
+{
+    if (isVisible() && m_backgroundImage)
+        cutToShape(*window(), *m_backgroundImage);
 }
 
 void LauncherView::paintEvent(QPaintEvent *)

@@ -122,6 +122,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void cutWindowToShape();
     void bindOutlets();
     void bindActions();
     void setupRolloverImages();
