@@ -31,7 +31,11 @@ public:
     }
     void connectionDidReceiveData(const QByteArray &data) override { m_data += data; }
     void connectionDidFinishLoading() override { m_done({std::move(m_data), m_status, {}}); }
-    void connectionDidFailWithError(const Error &error) override { m_done({{}, m_status, error}); }
+    void connectionDidFailWithError(const Error &error) override
+    {
+        m_data = {}; // the connection may hold this object for a while
+        m_done({{}, m_status, error});
+    }
 
 private:
     const Done m_done;
