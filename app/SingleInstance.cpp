@@ -52,6 +52,7 @@ bool SingleInstance::claim()
             ErrorHandler::log(QStringLiteral("Another launcher is updating the game."));
             return false;
         }
+        // A lock that is let go tells nobody, nor can one wait for it no longer than so long.
         QThread::msleep(MillisecondsBetweenTries);
     }
     listen();

@@ -26,7 +26,7 @@ int main(int argc, char **argv)
     SingleInstance instance(configuration.dataFolder);
     std::jthread meanwhile([&instance] {
         HeadStart::readFonts();
-        std::ignore = instance.claimQuietly();
+        std::ignore = instance.claimQuietly(); // claim() below then finds it done
     });
     QApplication application(argc, argv); // takes its own words out of argv
     meanwhile.join();

@@ -22,6 +22,7 @@ private slots:
     void leavesNothingBehind();
     void goesOnWithALogLineWhenTheFolderCannotBeLocked();
     void claimsQuietlyOnlyWhenNobodyIsThere();
+    void listensOnceAQuietClaimIsMadeAloud();
 };
 
 void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
@@ -113,6 +114,24 @@ void TestSingleInstance::claimsQuietlyOnlyWhenNobodyIsThere()
     QVERIFY(!SingleInstance(folder.path()).claimQuietly());
     QCoreApplication::processEvents();
     QCOMPARE(asked, 0);
+}
+
+void TestSingleInstance::listensOnceAQuietClaimIsMadeAloud()
+{
+    const QTemporaryDir folder;
+    int asked = 0;
+    SingleInstance first(folder.path());
+    first.setComeForward([&asked] { ++asked; });
+    bool isQuietlyFirst = false;
+    std::thread([&] { isQuietlyFirst = first.claimQuietly(); }).join();
+    QVERIFY(isQuietlyFirst);
+    QVERIFY(first.claim());
+
+    bool isSecondAllowed = true;
+    std::thread second([&] { isSecondAllowed = SingleInstance(folder.path()).claim(); });
+    QTRY_COMPARE(asked, 1);
+    second.join();
+    QVERIFY(!isSecondAllowed);
 }
 
 QUELLMOOR_TEST(TestSingleInstance, "SingleInstance")

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -37,6 +38,7 @@ private slots:
     void hasNoFrameAndNoBackground();
     void standsInTheMiddleOfTheScreen();
     void canTakeTheKeyboard();
+    void tellsOnceThatItHasAppeared();
     void keepsWhereTheMouseWasPressed();
     void originForDrag_data();
     void originForDrag();
@@ -92,6 +94,21 @@ void TestCustomWindow::canTakeTheKeyboard()
     QTest::keyClicks(&field, QStringLiteral("typed"));
     QVERIFY(CustomWindow::canBecomeKeyWindow());
     QCOMPARE(field.text(), QStringLiteral("typed"));
+}
+
+void TestCustomWindow::tellsOnceThatItHasAppeared()
+{
+    CustomWindow window(QRect(0, 0, 400, 300));
+    const QSignalSpy appeared(&window, &CustomWindow::appeared);
+    window.show();
+    QCOMPARE(appeared.size(), 0);
+    QTRY_COMPARE(appeared.size(), 1);
+    window.repaint();
+    window.hide();
+    window.show();
+    window.repaint();
+    QCoreApplication::sendPostedEvents();
+    QCOMPARE(appeared.size(), 1);
 }
 
 void TestCustomWindow::keepsWhereTheMouseWasPressed()
