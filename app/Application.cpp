@@ -60,8 +60,12 @@ int becomeWindow(char **argv)
 // down.
 int end(int exitCode)
 {
-    if (DispatchQueue::drain(MillisecondsForUnfinishedWork))
+    if (DispatchQueue::drain(MillisecondsForUnfinishedWork)) {
+        // Qt would let the blocks that nobody runs any more go while it holds its list of events,
+        // for ever if what they hold has an event to post.
+        QCoreApplication::removePostedEvents(nullptr);
         return exitCode;
+    }
     std::fflush(nullptr);
     std::_Exit(exitCode);
 }

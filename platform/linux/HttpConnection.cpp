@@ -177,7 +177,8 @@ void QtHttpConnection::send()
     DispatchQueue::global(DispatchQueue::QualityOfService::High)
         ->async([self = shared_from_this(), host = *m_refusedHost] {
             const QList<QHostAddress> addresses = RefusedHost::addressesOf(host);
-            postTo(self.get(), [self, addresses] { self->sendToAnyOf(addresses); });
+            postTo(self.get(),
+                   [connection = self.get(), addresses] { connection->sendToAnyOf(addresses); });
         });
 }
 
@@ -235,7 +236,8 @@ void QtHttpConnection::passOverTheName(QList<QSslError> errors)
 void QtHttpConnection::setPaused(bool isPaused)
 {
     if (thread() != QThread::currentThread()) {
-        postTo(this, [self = shared_from_this(), isPaused] { self->setPaused(isPaused); });
+        // Without holding itself: an event that nobody takes any more may not be the last to.
+        postTo(this, [this, isPaused] { setPaused(isPaused); });
         return;
     }
     if (std::exchange(m_isPaused, isPaused) == isPaused || !m_self)
