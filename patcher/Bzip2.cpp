@@ -44,26 +44,25 @@ private:
     std::atomic<int> m_count = QThread::idealThreadCount();
 };
 
+// What a stream may use while it is decoded.
+struct Surroundings
+{
+    qint64 largestContents;
+    Bzip2Decoder::BeforeGrowth beforeGrowth;
+    // Asked whether one more helper may join; each yes is given back with `leave`.
+    std::function<bool()> mayJoin;
+    std::function<void()> leave;
+};
+
 // Decodes the blocks of one stream on the calling thread and on helpers that join while there are
 // cores for them. What is decoded ahead of the one that comes next is limited to a few blocks a
 // thread.
 class BlockwiseDecoder
 {
 public:
-    // Asked whether one more helper may join; each yes is given back with `leave`.
-    struct Helpers
-    {
-        std::function<bool()> mayJoin;
-        std::function<void()> leave;
-    };
-
     BlockwiseDecoder(const QByteArray &stream, const std::vector<Bzip2Block> &blocks,
-                     qint64 largestContents, Helpers helpers)
-        : m_stream(stream),
-          m_blocks(blocks),
-          m_largestContents(largestContents),
-          m_helpers(std::move(helpers)),
-          m_results(blocks.size())
+                     const Surroundings &around)
+        : m_stream(stream), m_blocks(blocks), m_around(around), m_results(blocks.size())
     {
     }
 
@@ -75,7 +74,7 @@ public:
         while (true) {
             if (takeReadyBlocks(output))
                 break;
-            if (threads.size() + 1 < m_blocks.size() && m_helpers.mayJoin())
+            if (threads.size() + 1 < m_blocks.size() && m_around.mayJoin())
                 addHelper(threads);
             if (!tryDecodeOne())
                 waitForNextBlock();
@@ -96,11 +95,11 @@ private:
             threads.emplace_back([this] {
                 while (decodeOne()) {
                 }
-                m_helpers.leave();
+                m_around.leave();
             });
             m_threadCount = threads.size() + 1;
         } catch (const std::system_error &) { // no more threads for this user
-            m_helpers.leave();
+            m_around.leave();
         }
     }
 
@@ -122,12 +121,17 @@ private:
 
     bool append(QByteArray &output, const QByteArray &contents)
     {
-        if (output.size() + contents.size() > m_largestContents)
+        const qint64 size = output.size() + contents.size();
+        if (size > m_around.largestContents)
             return false;
         try {
-            if (output.isEmpty())
-                output.reserve(
-                    std::min(contents.size() * qint64(m_blocks.size()), m_largestContents));
+            if (output.isEmpty()) {
+                const qint64 likely =
+                    std::min(size * qint64(m_blocks.size()), m_around.largestContents);
+                m_around.beforeGrowth(likely);
+                output.reserve(likely);
+            }
+            m_around.beforeGrowth(size);
             output.append(contents);
             return true;
         } catch (const std::bad_alloc &) {
@@ -175,8 +179,9 @@ private:
         std::optional<QByteArray> contents;
         try {
             const qsizetype blockSize = (m_stream[3] - '0') * BytesPerLevel;
-            contents = Bzip2Decoder::decodeExactly(bzip2StreamOfBlock(m_stream, m_blocks[index]),
-                                                   blockSize + blockSize / 8, m_largestContents);
+            contents =
+                Bzip2Decoder::decodeExactly(bzip2StreamOfBlock(m_stream, m_blocks[index]),
+                                            blockSize + blockSize / 8, m_around.largestContents);
         } catch (const std::bad_alloc &) {
             contents.reset();
         }
@@ -195,8 +200,7 @@ private:
 
     const QByteArray &m_stream;
     const std::vector<Bzip2Block> &m_blocks;
-    const qint64 m_largestContents;
-    const Helpers m_helpers;
+    const Surroundings &m_around;
     std::atomic<size_t> m_threadCount = 1;
     std::mutex m_mutex; // guards everything below
     std::condition_variable m_changed;
@@ -206,41 +210,48 @@ private:
     bool m_hasFailed = false;
 };
 
-std::optional<QByteArray> decodePlainly(const QByteArray &compressed, qint64 largestContents)
+std::optional<QByteArray> decodePlainly(const QByteArray &compressed, const Surroundings &around)
 {
     try {
-        return Bzip2Decoder::decode(compressed, largestContents);
+        return Bzip2Decoder::decode(compressed, around.largestContents, around.beforeGrowth);
     } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
 }
 
 // Whatever goes another way than expected is left to libbz2 alone, so that the result is libbz2's.
-std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed, qint64 largestContents,
-                                            const BlockwiseDecoder::Helpers &helpers)
+std::optional<QByteArray> decodeWithHelpers(const QByteArray &compressed,
+                                            const Surroundings &around)
 {
     try {
         if (const auto blocks = findBzip2Blocks(compressed)) {
-            if (auto contents =
-                    BlockwiseDecoder(compressed, *blocks, largestContents, helpers).decode())
+            if (auto contents = BlockwiseDecoder(compressed, *blocks, around).decode())
                 return contents;
         }
     } catch (const std::bad_alloc &) { // too many blocks to keep apart
     }
-    return decodePlainly(compressed, largestContents);
+    return decodePlainly(compressed, around);
 }
 
 } // namespace
 
 // By value, so that the caller's bytes can end with the call.
 std::optional<QByteArray>
-decompressBzip2(QByteArray compressed) // NOLINT(*-unnecessary-value-param)
+decompressBzip2(QByteArray compressed, // NOLINT(*-unnecessary-value-param)
+                LargeContentsTurn &turn)
 {
     IdleCores &cores = IdleCores::shared();
+    const auto waitForTurn = [&cores, &turn](qint64 size) {
+        cores.release();
+        turn.waitToHold(size);
+        cores.occupy();
+    };
     cores.occupy();
     auto contents =
-        decodeWithHelpers(compressed, Limits::gameFileContents(),
-                          {[&cores] { return cores.tryOccupy(); }, [&cores] { cores.release(); }});
+        decodeWithHelpers(compressed, {.largestContents = Limits::gameFileContents(),
+                                       .beforeGrowth = waitForTurn,
+                                       .mayJoin = [&cores] { return cores.tryOccupy(); },
+                                       .leave = [&cores] { cores.release(); }});
     cores.release();
     return contents;
 }
@@ -248,8 +259,10 @@ decompressBzip2(QByteArray compressed) // NOLINT(*-unnecessary-value-param)
 std::optional<QByteArray> decompressBzip2(const QByteArray &compressed, int threads,
                                           qint64 largestContents)
 {
-    if (threads <= 1)
-        return decodePlainly(compressed, largestContents);
     std::atomic<int> left = threads - 1;
-    return decodeWithHelpers(compressed, largestContents, {[&left] { return left-- > 0; }, [] {}});
+    const Surroundings around{.largestContents = largestContents,
+                              .beforeGrowth = [](qint64) {},
+                              .mayJoin = [&left] { return left-- > 0; },
+                              .leave = [] {}};
+    return threads <= 1 ? decodePlainly(compressed, around) : decodeWithHelpers(compressed, around);
 }

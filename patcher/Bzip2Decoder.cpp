@@ -80,17 +80,19 @@ public:
             BZ2_bzDecompressEnd(&m_stream);
     }
 
-    std::optional<QByteArray> decode(const QByteArray &compressed, qsizetype sizeHint)
+    std::optional<QByteArray> decode(const QByteArray &compressed, qsizetype sizeHint,
+                                     const BeforeGrowth &beforeGrowth)
     {
         if (!m_isReady)
             return std::nullopt;
         // One byte of room more shows that there is more.
         const qsizetype most = m_largestContents + 1;
+        beforeGrowth(std::min(sizeHint, most));
         QByteArray output(std::min(sizeHint, most), Qt::Uninitialized);
         qsizetype written = 0;
         while (written <= m_largestContents) {
             if (written == output.size())
-                output.resize(std::min(output.size() * 2, most));
+                grow(output, most, beforeGrowth);
             const qsizetype given = std::min(compressed.size() - m_read, LargestStep);
             const qsizetype room = std::min(output.size() - written, LargestStep);
             // libbz2 only reads its input, although its interface does not say so.
@@ -116,6 +118,13 @@ public:
     [[nodiscard]] qsizetype bytesRead() const { return m_read; }
 
 private:
+    static void grow(QByteArray &output, qsizetype most, const BeforeGrowth &beforeGrowth)
+    {
+        const qsizetype size = std::min(output.size() * 2, most);
+        beforeGrowth(size);
+        output.resize(size);
+    }
+
     const qsizetype m_largestContents;
     bz_stream m_stream{};
     bool m_isReady = false;
@@ -124,17 +133,18 @@ private:
 
 } // namespace
 
-std::optional<QByteArray> decode(const QByteArray &stream, qsizetype largestContents)
+std::optional<QByteArray> decode(const QByteArray &stream, qsizetype largestContents,
+                                 const BeforeGrowth &beforeGrowth)
 {
     return Stream(largestContents)
-        .decode(stream, std::max(SmallestOutput, stream.size() * UsualRatio));
+        .decode(stream, std::max(SmallestOutput, stream.size() * UsualRatio), beforeGrowth);
 }
 
 std::optional<QByteArray> decodeExactly(const QByteArray &stream, qsizetype sizeHint,
                                         qsizetype largestContents)
 {
     Stream decoder(largestContents);
-    auto contents = decoder.decode(stream, std::max(SmallestOutput, sizeHint));
+    auto contents = decoder.decode(stream, std::max(SmallestOutput, sizeHint), [](qint64) {});
     if (decoder.bytesRead() != stream.size())
         return std::nullopt;
     return contents;

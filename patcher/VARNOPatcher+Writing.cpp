@@ -64,7 +64,8 @@ std::shared_ptr<DispatchQueue> VARNOPatcher::serialQueueForFile(const VARNOPatch
 
 void VARNOPatcher::writeData(QByteArray data, const std::shared_ptr<Downloadable> &file)
 {
-    const std::optional<QByteArray> contents = decompressBzip2(std::move(data));
+    LargeContentsTurn turn; // ends after the contents
+    const std::optional<QByteArray> contents = decompressBzip2(std::move(data), turn);
     if (!file)
         return;
     file->writeToDisk(contents, [self = shared_from_this()](const QString &fileName,

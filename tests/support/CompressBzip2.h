@@ -46,6 +46,28 @@ inline QByteArray compressBzip2Blocks(const QByteArrayList &pieces, int blockSiz
     return result;
 }
 
+// Many NULs as one stream, made in little memory.
+inline QByteArray compressedNuls(qint64 count)
+{
+    QByteArray nuls(1'000'000, '\0');
+    QByteArray result(100'000, Qt::Uninitialized);
+    bz_stream stream{};
+    BZ2_bzCompressInit(&stream, 9, 0, 0);
+    stream.next_out = result.data();
+    stream.avail_out = unsigned(result.size());
+    for (qint64 left = count; left > 0; left -= nuls.size()) {
+        stream.next_in = nuls.data();
+        stream.avail_in = unsigned(std::min<qint64>(left, nuls.size()));
+        while (stream.avail_in > 0)
+            BZ2_bzCompress(&stream, BZ_RUN);
+    }
+    if (BZ2_bzCompress(&stream, BZ_FINISH) != BZ_STREAM_END)
+        qFatal("bzip2 cannot compress");
+    result.truncate(stream.next_out - result.data());
+    BZ2_bzCompressEnd(&stream);
+    return result;
+}
+
 // What libbz2's own call for whole buffers makes of the bytes, in a room of so many.
 struct Bzip2Reference
 {

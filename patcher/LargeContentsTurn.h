@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <mutex>
+
+// One file's turn at large contents. The contents of files are unpacked and written on as many
+// threads as there are processors; large ones wait for each other, so that all of them together
+// need hardly more memory than a single file may.
+//
+// To be used on one thread, and to be kept until the contents are gone.
+class LargeContentsTurn
+{
+public:
+    // Contents of more than this, in bytes, take a turn.
+    static constexpr qint64 Large = 256LL * 1024 * 1024;
+
+    // To be called before the contents grow to `size` bytes: waits, if that is large, while other
+    // large contents are held anywhere in the process. At once when this turn has begun before.
+    void waitToHold(qint64 size);
+
+private:
+    std::unique_lock<std::mutex> m_turn{theOnlyOne(), std::defer_lock};
+
+    static std::mutex &theOnlyOne();
+};
