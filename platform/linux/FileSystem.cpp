@@ -1,5 +1,7 @@
 #include "platform/FileSystem.h"
 
+#include "platform/linux/PieceReader.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -19,7 +21,6 @@ namespace FileSystem {
 
 namespace {
 
-constexpr size_t PieceSize = 128UL * 1024;
 constexpr off_t BytesReadAhead = 1024L * 1024;
 constexpr mode_t NewFileMode = 0666;
 constexpr auto PartSuffix = ".quellmoor-part";
@@ -274,18 +275,7 @@ bool readInPieces(const QString &path, const std::function<void(const char *, si
     };
     if (!file.isOpen() || fstat(file.get(), &attributes) != 0 || !S_ISREG(attributes.st_mode))
         return false;
-
-    const auto buffer = std::make_unique<char[]>(PieceSize);
-    for (;;) {
-        const ssize_t count = read(file.get(), buffer.get(), PieceSize);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        if (count == 0)
-            return true;
-        piece(buffer.get(), size_t(count));
-    }
+    return readPieces(file.get(), attributes.st_size, piece);
 }
 
 } // namespace FileSystem

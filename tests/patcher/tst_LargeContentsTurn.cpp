@@ -76,8 +76,7 @@ void TestLargeContentsTurn::isTakenForLargeContentsUntilTheyAreWritten_data()
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<bool>("isTaken");
     QTest::newRow("large, decoded block by block") << compressedNuls(SomeLarge) << true;
-    QTest::newRow("large, decoded as one piece")
-        << compressedNuls(SomeLarge) + '\n' << true;
+    QTest::newRow("large, decoded as one piece") << compressedNuls(SomeLarge) + '\n' << true;
     QTest::newRow("less, decoded block by block") << compressedNuls(200'000'000) << false;
     QTest::newRow("less, decoded as one piece") << compressedNuls(200'000'000) + '\n' << false;
 }

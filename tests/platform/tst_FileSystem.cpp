@@ -3,9 +3,13 @@
 #include "TestFolder.h"
 #include "TestMain.h"
 #include "platform/FileSystem.h"
+#include "platform/linux/PieceReader.h"
 
 #include <QFileInfo>
 #include <QTest>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 class TestFileSystem : public QObject
 {
@@ -32,6 +36,8 @@ private slots:
     void neverWaitsForWhatIsToBeRead();
     void readsAFileInOrder_data();
     void readsAFileInOrder();
+    void failsToReadPieces_data();
+    void failsToReadPieces();
     void readsOnlyRegularFiles_data();
     void readsOnlyRegularFiles();
     void synchronizesWhatIsThere();
@@ -216,7 +222,8 @@ void TestFileSystem::neverWaitsForWhatIsToBeRead()
 void TestFileSystem::readsAFileInOrder_data()
 {
     QTest::addColumn<int>("size");
-    for (const int size : {0, 1, 131'071, 131'072, 131'073, 1'000'003})
+    // The last ones are read ahead by another thread, further than it may be ahead.
+    for (const int size : {0, 1, 131'071, 131'072, 131'073, 524'287, 524'288, 1'048'576, 5'000'011})
         QTest::addRow("%d", size) << size;
 }
 
@@ -229,6 +236,25 @@ void TestFileSystem::readsAFileInOrder()
     const TestFolder folder;
     folder.write(QStringLiteral("file"), bytes);
     QVERIFY(readInPieces(folder.path(QStringLiteral("file"))) == bytes);
+}
+
+void TestFileSystem::failsToReadPieces_data()
+{
+    QTest::addColumn<qint64>("size");
+    QTest::newRow("on one thread") << qint64(1000);
+    QTest::newRow("ahead, on another thread") << qint64(1'000'000);
+}
+
+void TestFileSystem::failsToReadPieces()
+{
+    QFETCH(qint64, size);
+    const int unreadable = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    QVERIFY(unreadable >= 0);
+    qint64 count = 0;
+    const bool isWhole = readPieces(unreadable, size, [&count](const char *, size_t) { ++count; });
+    close(unreadable);
+    QVERIFY(!isWhole);
+    QCOMPARE(count, 0);
 }
 
 void TestFileSystem::readsOnlyRegularFiles_data()
