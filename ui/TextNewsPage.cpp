@@ -1,41 +1,44 @@
 #include "ui/NewsPage.h"
+#include "ui/NewsText.h"
 #include "ui/Typography.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QStringDecoder>
 #include <QTextBrowser>
 
-#include <algorithm>
-
 namespace {
 
 constexpr qint64 LargestPage = 4LL * 1024 * 1024;
 constexpr int IdleTimeout = 60000;
-// The layout of a table measures those within it, and so on: each level multiplies its time.
-constexpr int MostNestedTables = 8;
 
-bool canBeLaidOut(const QString &html)
-{
-    static const QRegularExpression tag(QStringLiteral("<(/?)table\\b"),
-                                        QRegularExpression::CaseInsensitiveOption);
-    int depth = 0;
-    for (auto found = tag.globalMatch(html); found.hasNext() && depth <= MostNestedTables;) {
-        const bool isEnd = found.next().capturedLength(1) > 0;
-        depth = std::max(0, depth + (isEnd ? -1 : 1));
-    }
-    return depth <= MostNestedTables;
-}
+QString nameOf(QRgb color) { return QColor::fromRgb(color).name(); }
 
+// As pages of news look on the web engine.
 QString pageStyle()
 {
-    const auto name = [](QRgb color) { return QColor::fromRgb(color).name(); };
-    return QStringLiteral("body, p, li, td { color: %1 } a { color: %2 } h1, h2, h3 { color: %3 }")
-        .arg(name(Palette::Text), name(Palette::Teal), name(Palette::Brass));
+    return QStringLiteral("p, li { color: %1; margin-top: 4px; margin-bottom: 6px }"
+                          "a { color: %2; text-decoration: none }"
+                          "h1, h2, h3 { font-family: '%4'; font-weight: 600; margin-bottom: 4px }"
+                          "h1 { color: %3; font-size: 22px; margin-top: 0 }"
+                          "h2, h3 { color: %1; font-size: 18px; margin-top: 10px }")
+        .arg(nameOf(Palette::Text), nameOf(Palette::Teal), nameOf(Palette::Brass),
+             Typography::display(22).families().join(QStringLiteral("','")));
+}
+
+// A slim handle and no buttons.
+QString scrollBarStyle()
+{
+    return QStringLiteral("QScrollBar { background: transparent; border: none; width: 8px }"
+                          "QScrollBar::handle { background: %1; border-radius: 4px;"
+                          " min-height: 24px }"
+                          "QScrollBar::handle:hover { background: %2 }"
+                          "QScrollBar::add-line, QScrollBar::sub-line { height: 0 }"
+                          "QScrollBar::add-page, QScrollBar::sub-page { background: none }")
+        .arg(QColor::fromRgb(Palette::Mist).darker(200).name(), nameOf(Palette::Mist));
 }
 
 // Shows what it is given and fetches nothing by itself.
@@ -49,6 +52,8 @@ public:
         setFont(Typography::text(15));
         document()->setDefaultStyleSheet(pageStyle());
         document()->setDocumentMargin(16);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // long words break
+        verticalScrollBar()->setStyleSheet(scrollBarStyle());
     }
 
     QVariant loadResource(int, const QUrl &) override { return {}; }
@@ -112,7 +117,7 @@ private:
         const QByteArray html = reply.readAll();
         const bool isWhole = reply.error() == QNetworkReply::NoError || !html.isEmpty();
         const QString text = QStringDecoder::decoderForHtml(html).decode(html);
-        m_browser->setHtml(isWhole && canBeLaidOut(text) ? text : QString());
+        m_browser->setHtml(isWhole ? simpleNews(text) : QString());
     }
 
     const QPointer<Browser> m_browser; // also a child of the view, which may delete it first

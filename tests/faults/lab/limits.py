@@ -26,7 +26,8 @@ BOUNDS = (
     Bound("a login reply", "128 MB", (BODIES, f"{LIMITS} endsABodyWithoutEnd"),
           "one of 1 GB; one without end"),
     Bound("an installer", "1 GB", (BODIES,), "one without end"),
-    Bound("news as text", "4 MB", case="a page without end"),
+    Bound("news as text", "4 MB, of which some 20,000 letters are shown",
+          ("tests/ui/tst_NewsText.cpp isShortWhateverCame",), "a page without end"),
     Bound("a game file, packed", "a quarter of the memory, 512 MB at least",
           (BODIES, f"{LIMITS} failsWhenThereIsNoMemoryForTheBody"),
           "one of 1 GB packed, with 2 GB of memory; one without end, with 2 GB of memory"),
@@ -57,7 +58,7 @@ REST = """
 Beyond a bound an answer has failed, as if the connection had been lost.
 
 - News as text, which only root and a launcher without its web plugin get, are laid out on the
-  window's thread: a page of 100 KB can hold it for seconds. Tables nested deeper than eight are not shown.
+  window's thread, flat and without tables and styles; only the first 20,000 letters are shown.
 - An invalid size of a chunk passes for the end of a body. Manifests, game files and login replies
   that end too early are noticed by what they are; an installer is not.
 - What was written beside a file and never put in its place is removed with the next check of that
