@@ -43,7 +43,14 @@ QUrl newsUrlOf(const Configuration &configuration)
 
 LauncherView::LauncherView(QWidget *parent) : QWidget(parent) {}
 
-LauncherView::~LauncherView() = default;
+LauncherView::~LauncherView()
+{
+    // The fields may lose the keyboard when only the widget is left of this.
+    for (const auto &field : {m_accountIDField, m_passwordField}) {
+        if (field)
+            field->setDelegate(nullptr);
+    }
+}
 
 void LauncherView::setServices(const LauncherViewServices &services)
 {

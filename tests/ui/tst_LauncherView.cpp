@@ -43,6 +43,27 @@ public:
     int uses = 0;
 };
 
+// Counts how often text fields lose the keyboard, and how often somebody is told of it.
+class FieldsAtTheEnd final : public QObject
+{
+public:
+    explicit FieldsAtTheEnd(const QList<TextField *> &fields)
+    {
+        for (TextField *field : fields)
+            field->installEventFilter(this);
+    }
+    bool eventFilter(QObject *field, QEvent *event) override
+    {
+        if (event->type() == QEvent::FocusOut) {
+            ++heard;
+            told += static_cast<TextField *>(field)->delegate() ? 1 : 0;
+        }
+        return false;
+    }
+    int heard = 0;
+    int told = 0;
+};
+
 } // namespace
 
 class TestLauncherView : public QObject
@@ -79,6 +100,7 @@ private slots:
     void ignoresReturnFromTheStatusLine();
     void logsReturnFromAnUnknownField();
     void livesWithoutADelegate();
+    void hearsNothingFromItsFieldsWhenItEnds();
 
     void usesOnlyTheNewsPageItself_data();
     void usesOnlyTheNewsPageItself();
@@ -335,6 +357,22 @@ void TestLauncherView::livesWithoutADelegate()
     QTest::keyClicks(&account(), QStringLiteral("a"));
     m_world->view->playPressed(nullptr);
     QCOMPARE(m_world->delegate.calls, QStringList());
+}
+
+// A view that is a window loses the keyboard while it is taken down.
+void TestLauncherView::hearsNothingFromItsFieldsWhenItEnds()
+{
+    LauncherView *const view = m_world->view;
+    view->setParent(nullptr);
+    view->show();
+    view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(view));
+    account().becomeFirstResponder();
+    QVERIFY(account().hasFocus());
+    const FieldsAtTheEnd fields({&account(), &password()});
+    delete view;
+    QCOMPARE(fields.heard, 1);
+    QCOMPARE(fields.told, 0);
 }
 
 void TestLauncherView::usesOnlyTheNewsPageItself_data()
