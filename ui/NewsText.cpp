@@ -9,7 +9,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype Budget = 20'000;
-// What a paragraph, a line end and a rule cost beside their letters, and what words between two tags do.
+// What a paragraph, a line end and a rule cost beside their letters, and what words between two
+// tags do.
 constexpr qsizetype CostOfALine = 20;
 constexpr qsizetype CostOfARun = 5;
 // Laying out a word takes a time that grows with the square of its length.

@@ -27,8 +27,7 @@ void TestNewsText::keepsWhatIsSaid_data()
     };
     row("nothing", u""_s, u""_s);
     row("words alone", u"Fog at dawn"_s, u"<p>Fog at dawn</p>"_s);
-    row("a heading and a paragraph", u"<h1>News</h1>\n<p>Fog</p>"_s,
-        u"<h1>News</h1><p>Fog</p>"_s);
+    row("a heading and a paragraph", u"<h1>News</h1>\n<p>Fog</p>"_s, u"<h1>News</h1><p>Fog</p>"_s);
     row("a heading without an end", u"<h2>News<p>Fog"_s, u"<h2>News</h2><p>Fog</p>"_s);
     row("capitals", u"<H1>News</H1><P>Fog</P>"_s, u"<h1>News</h1><p>Fog</p>"_s);
     row("empty paragraphs", u"<p></p><div> </div><p>Fog</p><p>\n</p>"_s, u"<p>Fog</p>"_s);
@@ -55,8 +54,7 @@ void TestNewsText::keepsWhatIsSaid_data()
     row("a link to nowhere", u"<a name=x>Fog</a><a>Rain</a>"_s, u"<p>FogRain</p>"_s);
     row("links side by side", u"<a href=/x>Fog</a><a href=/y>Rain</a>"_s,
         u"<p><a href=\"/x\">Fog</a> <a href=\"/y\">Rain</a></p>"_s);
-    row("odd attributes", u"<a = 'b' c href = /x =>Fog</a>"_s,
-        u"<p><a href=\"/x\">Fog</a></p>"_s);
+    row("odd attributes", u"<a = 'b' c href = /x =>Fog</a>"_s, u"<p><a href=\"/x\">Fog</a></p>"_s);
     row("a bracket in an attribute", u"<p title='a > b'>Fog"_s, u"<p>Fog</p>"_s);
     row("brackets", u"1 < 2 <3 << <"_s, u"<p>1 &lt; 2 &lt;3 &lt;&lt; &lt;</p>"_s);
     row("references", u"Fog &amp; r&auml;in &lt;"_s, u"<p>Fog &amp; r&auml;in &lt;</p>"_s);
@@ -81,10 +79,29 @@ void TestNewsText::keepsWhatIsSaid()
 void TestNewsText::isShortWhateverCame_data()
 {
     QTest::addColumn<QString>("unit");
-    for (const char *unit :
-         {"word ", "x", "<", "&", "<p>", "<p>x", "<br>", "x<br>", "<hr>", "<b>", "<b>x", "<ul><li>",
-          "<ul><li>x", "<li>x", "<a href=/x>", "<a href=/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx>x",
-          "<table><tr><td>", "<table><tr><td>x", "<td>x", "<!--", "<a \"", "<a =", "<script>"})
+    for (const char *unit : {"word ",
+                             "x",
+                             "<",
+                             "&",
+                             "<p>",
+                             "<p>x",
+                             "<br>",
+                             "x<br>",
+                             "<hr>",
+                             "<b>",
+                             "<b>x",
+                             "<ul><li>",
+                             "<ul><li>x",
+                             "<li>x",
+                             "<a href=/x>",
+                             "<a href=/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx>x",
+                             "<table><tr><td>",
+                             "<table><tr><td>x",
+                             "<td>x",
+                             "<!--",
+                             "<a \"",
+                             "<a =",
+                             "<script>"})
         QTest::newRow(unit) << QString::fromLatin1(unit);
 }
 
@@ -109,9 +126,9 @@ void TestNewsText::letsLongWordsBreak()
     const QChar mayBreakHere(0x200b);
     QCOMPARE(simpleNews(u"x"_s.repeated(100)).count(mayBreakHere), 0);
     QCOMPARE(simpleNews(u"x"_s.repeated(99) + u" "_s + u"x"_s.repeated(99)).count(mayBreakHere), 0);
-    QCOMPARE(simpleNews(u"x"_s.repeated(250)),
-             u"<p>"_s + u"x"_s.repeated(100) + mayBreakHere + u"x"_s.repeated(100) + mayBreakHere +
-                 u"x"_s.repeated(50) + u"</p>"_s);
+    QCOMPARE(simpleNews(u"x"_s.repeated(250)), u"<p>"_s + u"x"_s.repeated(100) + mayBreakHere +
+                                                   u"x"_s.repeated(100) + mayBreakHere +
+                                                   u"x"_s.repeated(50) + u"</p>"_s);
     const QString spaces = simpleNews(u"&nbsp;"_s.repeated(100));
     QVERIFY(spaces.contains(mayBreakHere));
     QCOMPARE(QString(spaces).remove(mayBreakHere).count(u"&nbsp;"_s), 100);
