@@ -12,6 +12,9 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <tuple>
+
+#include <unistd.h>
 
 using QualityOfService = DispatchQueue::QualityOfService;
 
@@ -36,11 +39,11 @@ public:
             break;
         case QualityOfService::Utility:
             m_threads.setMaxThreadCount(QThread::idealThreadCount());
-            m_threads.setThreadPriority(QThread::LowPriority);
+            m_niceness = 5;
             break;
         case QualityOfService::Background:
             m_threads.setMaxThreadCount(1);
-            m_threads.setThreadPriority(QThread::LowestPriority);
+            m_niceness = 10;
             break;
         }
     }
@@ -77,7 +80,8 @@ public:
 private:
     void runNext()
     {
-        s_current = this;
+        if (!std::exchange(s_current, this))
+            std::ignore = nice(m_niceness); // of this thread alone
         std::unique_lock lock(m_mutex);
         DispatchQueue::Block block = std::move(m_blocks.front());
         m_blocks.pop_front();
@@ -92,6 +96,7 @@ private:
     static thread_local Pool *s_current;
 
     QThreadPool m_threads;
+    int m_niceness = 0; // of its threads; to Linux Qt's priorities are all the same
     std::mutex m_mutex; // guards everything below
     std::condition_variable m_changed;
     std::deque<DispatchQueue::Block> m_blocks;
