@@ -8,8 +8,8 @@ import os
 from pathlib import Path
 
 from harness import games, snapshot
-from lab.book import Book, Case
-from lab.ground import INVALID, VALID, Ground, shown
+from lab.book import Book, Case, Complaint
+from lab.ground import INVALID, TARGET, VALID, Ground, keeps_the_players, shown
 from lab.reply import Reply
 from lab.wire import MANIFEST
 from tables import hostile
@@ -74,18 +74,37 @@ def layout(ground: Ground, case: Case, folder: Path, lay: hostile.Lay) -> None:
     """The folder is laid out by someone else before the update."""
     ground.fresh()
     lay(ground.player.game, folder / "outside")
-    before = outside_of(ground, folder)
+    before, good = outside_of(ground, folder), good_files(ground)
     outcome = ground.run(case)
     case.sees(shown(outcome))
     is_untouched(case, ground, folder, before)
     ground.ends(case, outcome, VALID, INVALID)
-    ground.keeps_the_players(case)
+    if lost := good - good_files(ground):
+        case.files = f"LOST {', '.join(sorted(lost))}"
+        raise Complaint(f"good files were lost: {sorted(lost)}")
+    keeps_the_players(case, ground.player)
     if outcome.code == VALID:
         ground.wire.heal()
         ground.ends(case, ground.run(case, "--verify"), VALID)
         case.after = "healed by the same run"
     else:
-        case.after = "stays, until the link goes"
+        remove_links(ground.player.game)
+        ground.recovers(case, "healed by the next run, once the link is gone")
     for name in os.listdir(folder / "outside"):
         if name != "canary.txt":
             raise AssertionError(f"the layout left {name}")
+
+
+def good_files(ground: Ground) -> set[str]:
+    """Those of the laid out folder itself, byte for byte; what a link leads to is not of it."""
+    game = ground.player.game
+    found = {} if game.is_symlink() else snapshot.files_only(snapshot.contents(game))
+    return {name for name, entry in found.items()
+            if name != TARGET and entry == ground.right.get(name)}
+
+
+def remove_links(game: Path) -> None:
+    """As the player has to."""
+    for path in [game] if game.is_symlink() else [*game.rglob("*")]:
+        if path.is_symlink():
+            path.unlink()

@@ -12,7 +12,7 @@ from pathlib import Path
 from harness import damage, games, snapshot
 from harness.player import Player
 from lab.book import Book, Case, Complaint
-from lab.ground import VALID
+from lab.ground import VALID, give_settings, keeps_the_players
 from lab.wire import Wire
 
 FILES, MEGABYTES = 50, 2
@@ -33,6 +33,7 @@ class Versions:
         self.player = Player(folder / "player")
         shutil.copytree(self.old, self.player.game)
         self.player.verify()
+        give_settings(self.player)
         self.installed = folder / "installed"
         self.player.root.rename(self.installed)
         games.next_version(self.old, self.new)
@@ -44,13 +45,14 @@ class Versions:
         shutil.rmtree(self.player.root, ignore_errors=True)
         shutil.copytree(self.installed, self.player.root, symlinks=True)
 
-    def nothing_is_torn(self) -> None:
-        """Every file is one version or the other, and the settings can be read."""
+    def nothing_is_torn(self, case: Case) -> None:
+        """Every file is one version or the other, and the player's settings are what they were."""
         found = snapshot.files_only(snapshot.contents(self.player.game))
         for name in {*self.before, *self.after}:
             if found.get(name) not in (self.before.get(name), self.after.get(name)):
+                case.files = "TORN"
                 raise Complaint(f"{name} is torn")
-        self.player.stored_settings()
+        keeps_the_players(case, self.player)
 
     def finishes(self, case: Case) -> None:
         """The next start makes the game whole and leaves nothing behind."""
@@ -62,6 +64,7 @@ class Versions:
         left = [path.name for path in (*self.player.data.iterdir(),
                                        *self.player.temporary.iterdir()) if path.name != "Game"]
         case.expect("things left behind", left, [])
+        keeps_the_players(case, self.player)
 
 
 def run_kills(book: Book, folder: Path) -> None:
@@ -103,7 +106,7 @@ def timed_kills(versions: Versions, case: Case, chance: random.Random, count: in
         if process.returncode == VALID:
             # A machine that was busy before may be faster now.
             duration = min(duration, time.monotonic() - started)
-        versions.nothing_is_torn()
+        versions.nothing_is_torn(case)
         versions.finishes(case)
     case.saw = "no file torn at any of the moments"
     case.after = "finished by the next run"
@@ -139,3 +142,4 @@ def heal_once(versions: Versions, case: Case, chance: random.Random, outside: Pa
                 == snapshot.contents(versions.new), True)
     case.expect(f"{name}: bytes outside", snapshot.contents(outside) == before, True)
     shutil.rmtree(outside)
+    keeps_the_players(case, versions.player)

@@ -9,7 +9,8 @@ from typing import Callable, Sequence
 
 from harness import isolation
 from lab.book import Book, Case
-from lab.ground import INVALID, NO_MANIFEST, OLD, TARGET, VALID, Ground, shown
+from lab.ground import (INVALID, NO_MANIFEST, OLD, TARGET, VALID, Ground, keeps_the_players,
+                        shown)
 from tables import settings_damage
 
 NOBODY = 65534
@@ -50,7 +51,7 @@ def damaged(ground: Ground, case: Case, harm: settings_damage.Harm) -> None:
     else:
         case.settings = "readable, kept"
         if harm in settings_damage.HARMLESS:
-            ground.keeps_the_players(case)
+            keeps_the_players(case, player)
     ground.is_whole(case)
     ground.ends(case, ground.run(case), VALID)
     if player.settings.is_file():
@@ -159,7 +160,7 @@ def dated(ground: Ground, case: Case, nanoseconds: int) -> None:
             os.utime(path, ns=(nanoseconds, nanoseconds))
     outcome = ground.ends(case, ground.run(case), VALID)
     case.sees(shown(outcome))
-    ground.keeps_the_players(case)
+    keeps_the_players(case, player)
     ground.is_whole(case)
     (player.game / TARGET).write_bytes(OLD)
     os.utime(player.game / TARGET, ns=(nanoseconds, nanoseconds))

@@ -32,8 +32,11 @@ SIGNALLED = 128
 class Ground:
     """`player` is who the next run is for; `fresh` puts them back to the start."""
 
-    def __init__(self, folder: Path, others: Optional[Mapping[str, bytes]] = None) -> None:
-        """`others` are the contents of files that matter; all else is noise of the seed."""
+    def __init__(self, folder: Path, others: Optional[Mapping[str, bytes]] = None,
+                 missing: Sequence[str] = ()) -> None:
+        """`others` are the contents of files that matter; all else is noise of the seed. The
+        `missing` ones are published and not installed, nor is a folder of them alone.
+        """
         self.source, self.tree = folder / "source", folder / "tree"
         self.tree.mkdir()
         noise = {name: games.content(random.Random(name), size) for name, size in SIZES.items()}
@@ -44,9 +47,10 @@ class Ground:
         games.publish(self.source, self.tree)
         self.wire = Wire(folder, self.tree)
         self.player = Player(folder / "player")
+        self.right = snapshot.contents(self.source)
+        self._missing = missing
         self._installed = folder / "installed"
         self._install()
-        self.right = snapshot.contents(self.source)
 
     def stop(self) -> None:
         self.wire.stop()
@@ -56,9 +60,14 @@ class Ground:
         outcome = self.player.verify()
         if outcome.code != VALID:
             raise RuntimeError(f"the game cannot be installed: {outcome}")
-        with contextlib.closing(sqlite3.connect(self.player.settings)) as database, database:
-            database.executemany("INSERT INTO defaults VALUES (?, ?, ?)", OF_THE_PLAYER)
+        give_settings(self.player)
         (self.player.game / TARGET).write_bytes(OLD)
+        for name in self._missing:
+            path = self.player.game / name
+            path.unlink()
+            while not any((path := path.parent).iterdir()):
+                path.rmdir()
+        self._absent = set(self.right) - set(snapshot.contents(self.player.game))
         self.player.root.rename(self._installed)
 
     def fresh(self) -> Player:
@@ -89,35 +98,29 @@ class Ground:
     def keeps(self, case: Case) -> None:
         """Every good file is there byte for byte, and the wrong one is what it was or right."""
         now = snapshot.contents(self.player.game)
-        lost = [name for name in self.right if name != TARGET and now.get(name) != self.right[name]]
-        if lost:
+        lost = [name for name in self.right if name != TARGET and now.get(name) != self.right[name]
+                and not (name in self._absent and name not in now)]
+        torn = [name for name in lost if name in self._absent]
+        if lost and not torn:
             case.files = f"LOST {', '.join(lost)}"
             raise Complaint(f"good files were lost: {lost}")
         target = self.player.game / TARGET
-        if target.read_bytes() not in (OLD, (self.source / TARGET).read_bytes()):
+        if torn or target.read_bytes() not in (OLD, (self.source / TARGET).read_bytes()):
             case.files = "TORN"
-            raise Complaint("the wrong file is neither what it was nor right")
+            raise Complaint(f"neither what it was nor right: {torn or TARGET}")
         self.keeps_settings(case)
 
     def keeps_settings(self, case: Case, *, may_date_anew: bool = False) -> None:
         """What was stored of the player and about good files is stored still. A good file that was
         written anew has another date.
         """
-        now = self.player.stored_settings()
+        now = self.player.stored_settings() if self.stored else {}
         lost = [key for key, value in self.stored.items()
-                if TARGET not in key and now.get(key) != value
-                and not (may_date_anew and key.startswith(DATES) and key in now)]
+                if not any(name in key for name in (TARGET, *self._missing))
+                and now.get(key) != value and not (may_date_anew and key.startswith(DATES) and key in now)]
         if lost:
             case.settings = f"LOST {len(lost)}"
             raise Complaint(f"settings were lost: {lost[:3]}")
-
-    def keeps_the_players(self, case: Case) -> None:
-        """What was stored of the player is stored still, whatever became of the files."""
-        now = self.player.stored_settings()
-        lost = [key for key, _, value in OF_THE_PLAYER if now.get(key) != value]
-        if lost:
-            case.settings = f"LOST {len(lost)}"
-            raise Complaint(f"the player's settings were lost: {lost}")
 
     def recovers(self, case: Case, how: str = "healed by the next run") -> None:
         """Without faults one run makes the game whole and leaves nothing behind."""
@@ -136,6 +139,21 @@ class Ground:
         case.expect("things left behind", left, [])
 
 
+def give_settings(player: Player) -> None:
+    """Stores what no run of the launcher would, beside what it stored itself."""
+    with contextlib.closing(sqlite3.connect(player.settings)) as database, database:
+        database.executemany("INSERT INTO defaults VALUES (?, ?, ?)", OF_THE_PLAYER)
+
+
+def keeps_the_players(case: Case, player: Player) -> None:
+    """What was stored of the player is stored still, whatever became of the files."""
+    now = player.stored_settings()
+    lost = [key for key, _, value in OF_THE_PLAYER if now.get(key) != value]
+    if lost:
+        case.settings = f"LOST {len(lost)}"
+        raise Complaint(f"the player's settings were lost: {lost}")
+
+
 def last_words(outcome: Outcome) -> str:
     """The line that tells a player what went wrong; else the summary."""
     lines = [line for line in (outcome.errors + outcome.output).splitlines() if line.strip()]
@@ -147,5 +165,3 @@ def last_words(outcome: Outcome) -> str:
 
 def shown(outcome: Outcome) -> str:
     return f"{last_words(outcome)} (exit code {outcome.code})"
-
-

@@ -15,15 +15,24 @@ LINE = re.compile(r"(?P<thread>\d+) +(?P<name>\w+)\(")
 TOTAL_RAM_OFFSET = 32
 ENDED = re.compile(r"^\d+ +(\+\+\+|---|<\.\.\.)")
 
-# The calls by what they do; a name with "?" need not exist on every machine.
-OPENINGS = ("open", "openat", "creat")
-WRITES = ("write", "pwrite64", "writev", "pwritev")
-RENAMES = ("rename", "renameat", "renameat2")
-SYNCS = ("fsync", "fdatasync", "syncfs", "sync_file_range")
-OTHERS = ("ftruncate", "unlink", "unlinkat", "fchmod", "chmod", "mkdir", "close", "lstat", "stat",
-          "newfstatat", "statx", "fstat", "read", "pread64", "fcntl", "lseek", "access",
-          "faccessat", "faccessat2", "fallocate", "getdents64", "readlink", "flock")
-ALL = (*OPENINGS, *WRITES, *RENAMES, *SYNCS, *OTHERS)
+# The calls by what they do. Which name of a kind is used is a matter of the machine, unless it is
+# the only one of its kind.
+Kind = tuple[str, ...]
+OPENINGS: Kind = ("open", "openat")
+RENAMES: Kind = ("rename", "renameat", "renameat2")
+MAKINGS: Kind = ("mkdir", "mkdirat")
+REMOVALS: Kind = ("unlink", "unlinkat")
+STATS: Kind = ("lstat", "stat", "newfstatat", "fstat")
+QUESTIONS: Kind = ("access", "faccessat", "faccessat2")
+LINKS: Kind = ("readlink", "readlinkat")
+MODES: Kind = ("chmod", "fchmodat")
+WRITES: tuple[Kind, ...] = (("write",), ("pwrite64",))
+SYNCS: tuple[Kind, ...] = (("fdatasync",), ("syncfs",), ("sync_file_range",))
+READS: tuple[Kind, ...] = (("read",), ("pread64",), ("fadvise64",))
+CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK = ("close",), ("fchmod",), ("statx",), ("fcntl",), ("flock",)
+ALL = tuple(name for kind in (
+    OPENINGS, RENAMES, MAKINGS, REMOVALS, STATS, QUESTIONS, LINKS, MODES, *WRITES, *SYNCS, *READS,
+    CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK) for name in kind)
 
 
 def named(calls: Iterable[str]) -> str:

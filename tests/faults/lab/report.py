@@ -22,8 +22,8 @@ limits, another user and another clock change the machine. After every case the 
 compared byte for byte with what it was and what was published, and the stored settings entry by
 entry; an exit by a signal, a hang, or anything left behind after the next start fails the case.
 Settings that were damaged on purpose begin anew, the damaged ones are set aside: there "kept" means
-that. The kills at any moment only ask whether the settings can be read, the installations damaged
-at random do not look at them.
+that. The kills at any moment, the installations damaged at random and the folders laid out with
+links ask for the settings of the player, not for what the launcher notes of files that have changed.
 "Kept" are the files that were good before and the settings; what the player saw is the status line
 of the window or the line of the log that tells.
 
@@ -68,7 +68,7 @@ RECOVERIES = (
       "the prepared file is gone", "the game is healed by the next run")),
     ("nothing to recover from",
      ("nothing to heal", "not needed", "the file of that very name is there")),
-    ("a link in the game folder that the player has to remove", ("stays, until the link goes",)))
+    ("a link in the game folder that the player has to remove", ("healed by the next run, once the link is gone",)))
 # What a row of the summary counts, by how the names of its cases begin.
 PROOFS = (("kills, one at each system call on a game file, its folder, the settings and the lock",
            "SIGKILL at each "),
