@@ -7,8 +7,8 @@ from typing import Callable
 
 from lab.book import Book
 
-from . import (bounds, disks, game_runs, hostile, installers, kills, news, settings, steady,
-               transfers, windows)
+from . import (bounds, disks, game_runs, hostile, installer_calls, installers, kills, news, settings,
+               steady, transfers, windows)
 
 Group = Callable[[Book, Path], None]
 
@@ -27,6 +27,7 @@ GROUPS: dict[str, Group] = {
     "logins": windows.run_logins,
     "game-processes": game_runs.run,
     "installers": installers.run,
+    "installer-calls": installer_calls.run,
     "news": news.run,
 }
 

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 from pathlib import Path
+from typing import Sequence
 
 from lab.book import Book, Case
 from lab.ground import Ground
@@ -70,20 +71,20 @@ def odd_version(ground: Ground, window: Window, case: Case, version: str) -> Non
     finish(ground, window, case)
 
 
-def begin(ground: Ground, window: Window, version: str) -> None:
+def begin(ground: Ground, window: Window, version: str, wrapper: Sequence[str] = ()) -> None:
     """A launcher that asks whether it may be updated."""
     ground.fresh()
     window.desktop.forget()
     document = json.loads((ground.tree / "mac" / "patcher.json").read_bytes())
     document["mac-launcher-version"] = version
     ground.wire.fail(MANIFEST, Reply(body=json.dumps(document).encode()))
-    window.start(has_form=False)
+    window.start(has_form=False, wrapper=wrapper)
 
 
-def confirm(window: Window, case: Case) -> None:
+def confirm(window: Window, case: Case, code: int = 0) -> None:
     case.runs += 1
     press(window.sees("push button", "Update"))
-    case.expect("exit code", window.ended(), 0)
+    case.expect("exit code", window.ended(), code)
 
 
 def finish(ground: Ground, window: Window, case: Case) -> None:

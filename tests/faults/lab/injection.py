@@ -30,9 +30,10 @@ WRITES: tuple[Kind, ...] = (("write",), ("pwrite64",))
 SYNCS: tuple[Kind, ...] = (("fdatasync",), ("syncfs",), ("sync_file_range",))
 READS: tuple[Kind, ...] = (("read",), ("pread64",), ("fadvise64",))
 CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK = ("close",), ("fchmod",), ("statx",), ("fcntl",), ("flock",)
+LISTING: Kind = ("getdents64",)
 ALL = tuple(name for kind in (
     OPENINGS, RENAMES, MAKINGS, REMOVALS, STATS, QUESTIONS, LINKS, MODES, *WRITES, *SYNCS, *READS,
-    CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK) for name in kind)
+    CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK, LISTING) for name in kind)
 
 
 def named(calls: Iterable[str]) -> str:
@@ -81,3 +82,8 @@ def for_good(call: str, places: Iterable[Path], effect: str) -> Sequence[str]:
     """Every such call on the places has the effect."""
     return (*trace.STRACE, *only(places), "-o", os.devnull, "-e", f"trace={call}",
             "-e", f"inject={call}:{effect}", "--")
+
+
+def for_a_window(wrapper: Sequence[str]) -> Sequence[str]:
+    """The same around a launcher that keeps its process."""
+    return (*trace.STRACE, "-D", *wrapper[len(trace.STRACE):])

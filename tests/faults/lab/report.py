@@ -64,14 +64,14 @@ RECOVERIES = (
       "the same window shows the next page", "the same window starts the next game",
       "without a restart, once the failure ends")),
     ("recovered by the next run, as the run ends with its fault: `--update`, a kill, an own update",
-     ("healed by the next run", "finished by the next run", "by the next save",
+     ("healed by the next run", "finished by the next run", "by the next save", "taken away by the next start",
       "the prepared file is gone", "the game is healed by the next run")),
     ("nothing to recover from",
      ("nothing to heal", "not needed", "the file of that very name is there")),
     ("a link in the game folder that the player has to remove", ("healed by the next run, once the link is gone",)))
 # What a row of the summary counts, by how the names of its cases begin.
-PROOFS = (("kills, one at each system call on a game file, its folder, the settings and the lock",
-           "SIGKILL at each "),
+PROOFS = (("kills, one at each system call on game files, their folders, the settings, the lock and "
+           "an installer", ("SIGKILL at each ", "SIGKILL at the first ")),
           ("kills at any moment of an update of fifty files", "SIGKILL at 200 "),
           ("failing calls, one by one and for good: full disk", "ENOSPC of "),
           ("the same: input/output error", "EIO of "),

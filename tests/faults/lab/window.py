@@ -8,7 +8,7 @@ import subprocess
 import sys
 from contextlib import ExitStack
 from pathlib import Path
-from typing import Any, Optional
+from typing import Any, Optional, Sequence
 
 from harness import isolation
 from harness.player import Player
@@ -68,19 +68,28 @@ class Window:
     def close(self) -> None:
         self._closing.close()
 
-    def start(self, *, has_form: bool = True) -> None:
-        """Starts the launcher and waits for its status line, as a rule for its login form, too."""
-        self._starts += 1
-        self.status_line = None
-        environment = {**self._player.environment(), **self._display.environment,
-                       **self._bus.environment, **self.desktop.environment, **self._more}
-        self.launcher = Launcher(environment, self._display, self._bus, self._logs, self._starts)
-        self._feel_pulse(self.sees("push button", "Play" if has_form else "Update"))
+    def start(self, *, has_form: bool = True, wrapper: Sequence[str] = ()) -> None:
+        """Starts the launcher and waits for its status line, as a rule for its login form, too. In
+        a wrapper, which holds it up, its pulse tells nothing.
+        """
+        self.launch(wrapper)
+        button = self.sees("push button", "Play" if has_form else "Update")
+        if not wrapper:
+            self._feel_pulse(button)
         if has_form:
             self.status_line = self.sees("notification", FIRST_STATUS)
             self._account = self.sees("text", "Account")
             self._password = self.sees("text", "Password")
             self.play = self.sees("push button", "Play")
+
+    def launch(self, wrapper: Sequence[str] = ()) -> None:
+        """Starts the launcher, and waits for nothing."""
+        self._starts += 1
+        self.status_line = None
+        environment = {**self._player.environment(), **self._display.environment,
+                       **self._bus.environment, **self.desktop.environment, **self._more}
+        self.launcher = Launcher(environment, self._display, self._bus, self._logs, self._starts,
+                                 wrapper=wrapper)
 
     def end(self) -> None:
         """Ends the launcher, if it is still there."""

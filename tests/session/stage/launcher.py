@@ -15,16 +15,19 @@ from .waiting import until
 
 
 class Launcher:
-    """One run of the launcher. What it prints goes to files, as its game's words do."""
+    """One run of the launcher. What it prints goes to files, as its game's words do. A `wrapper`
+    has to become the launcher itself, and keep its process.
+    """
 
     def __init__(self, environment: Mapping[str, str], display: Display, bus: Bus,
-                 logs: Path, number: int, words: Sequence[str] = ()) -> None:
+                 logs: Path, number: int, words: Sequence[str] = (),
+                 wrapper: Sequence[str] = ()) -> None:
         self._display = display
         self._bus = bus
         self.output_file = logs / f"launcher-{number}.output"
         self.errors_file = logs / f"launcher-{number}.errors"
         with open(self.output_file, "wb") as output, open(self.errors_file, "wb") as errors:
-            self.process = subprocess.Popen([str(settings.launcher()), *words],
+            self.process = subprocess.Popen([*wrapper, str(settings.launcher()), *words],
                                             env=dict(environment), stdin=subprocess.DEVNULL,
                                             stdout=output, stderr=errors,
                                             preexec_fn=isolation.die_with_parent)
