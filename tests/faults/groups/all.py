@@ -7,8 +7,8 @@ from typing import Callable
 
 from lab.book import Book
 
-from . import (bounds, disks, game_runs, hostile, installer_calls, installers, kills, news, settings,
-               steady, transfers, windows)
+from . import (bounds, disks, game_runs, hostile, installer_calls, installers, kills, news,
+               settings, steady, transfers, windows)
 
 Group = Callable[[Book, Path], None]
 

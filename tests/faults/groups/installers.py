@@ -28,7 +28,8 @@ def run(book: Book, folder: Path) -> None:
     ground.wire.pages[PATH] = lambda _request: IMAGE
     ground.fresh()
     window = Window(folder, ground.player)
-    for row in transport.QUICK[::SHORT_STRIDE if book.is_short else STRIDE]:
+    rows = transport.QUICK[::SHORT_STRIDE] if book.is_short else transport.some(STRIDE)
+    for row in rows:
         with book.case("installer", row.name) as case:
             installer(ground, window, case, row)
     for name, version in installers.VERSIONS[::5 if book.is_short else 1]:

@@ -69,9 +69,10 @@ def login(ground: Ground, window: Window, desk: Desk, case: Case, row: Row) -> N
     ground.wire.drop()
     window.logs_in()
     wanted = {Effect.NOTHING: lambda: NO_CONNECTION, Effect.OTHER: lambda: CONTACTING,
-              Effect.WHOLE: desk.refusal, Effect.STATUS: desk.refusal}[row.effect]
+              Effect.WHOLE: desk.refusal, Effect.STATUS: desk.refusal}[row.at_login or row.effect]
     window.waits_for(f"an answer like {wanted()!r}",
                      lambda: window.can_play() and window.status() == wanted())
+    case.expect("logins at another origin", ground.wire.asked_elsewhere(), [])
     finish(ground, window, desk, case)
 
 

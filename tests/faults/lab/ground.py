@@ -117,7 +117,8 @@ class Ground:
         now = self.player.stored_settings() if self.stored else {}
         lost = [key for key, value in self.stored.items()
                 if not any(name in key for name in (TARGET, *self._missing))
-                and now.get(key) != value and not (may_date_anew and key.startswith(DATES) and key in now)]
+                and now.get(key) != value
+                and not (may_date_anew and key.startswith(DATES) and key in now)]
         if lost:
             case.settings = f"LOST {len(lost)}"
             raise Complaint(f"settings were lost: {lost[:3]}")

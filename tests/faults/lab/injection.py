@@ -29,8 +29,8 @@ MODES: Kind = ("chmod", "fchmodat")
 WRITES: tuple[Kind, ...] = (("write",), ("pwrite64",))
 SYNCS: tuple[Kind, ...] = (("fdatasync",), ("syncfs",), ("sync_file_range",))
 READS: tuple[Kind, ...] = (("read",), ("pread64",), ("fadvise64",))
-CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK = ("close",), ("fchmod",), ("statx",), ("fcntl",), ("flock",)
-LISTING: Kind = ("getdents64",)
+CLOSE, OPEN_MODE, STATX, LISTING = ("close",), ("fchmod",), ("statx",), ("getdents64",)
+FILE_LOCK, LOCK = ("fcntl",), ("flock",)
 ALL = tuple(name for kind in (
     OPENINGS, RENAMES, MAKINGS, REMOVALS, STATS, QUESTIONS, LINKS, MODES, *WRITES, *SYNCS, *READS,
     CLOSE, OPEN_MODE, STATX, FILE_LOCK, LOCK, LISTING) for name in kind)

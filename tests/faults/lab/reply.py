@@ -38,7 +38,8 @@ class Reply:
 
     `length` is "right", None for no such header, "+N" or "-N" beside the right one, or any other
     text as it stands. `keep` is how much goes out, as a share of all bytes, before the ending. `more`
-    zeroes follow, as they are taken; they may be without end.
+    zeroes follow, as they are taken; they may be without end. "{path}" in a header is that of the
+    request.
     """
 
     status: str = "200 OK"
@@ -60,13 +61,14 @@ class Reply:
     harm: Optional[Harm] = None
     more: float = 0
 
-    def on_the_wire(self, right: bytes) -> bytes:
-        """All bytes of the answer; `right` is the body that was asked for."""
+    def on_the_wire(self, path: str, right: bytes) -> bytes:
+        """All bytes of the answer; `right` is the body that was asked for with the path."""
         if self.raw is not None:
             return self.raw
         body = self.change(right if self.body is None else self.body)
         framed = self.frame(body)
-        lines = [f"{self.version} {self.status}", *self._length(len(framed)), *self.headers]
+        headers = [header.replace("{path}", path) for header in self.headers]
+        lines = [f"{self.version} {self.status}", *self._length(len(framed)), *headers]
         head = self.newline.join(line.encode("latin-1") for line in lines) + self.newline * 2
         whole = self.before + head + framed + self.after
         kept = len(whole) - self.less if self.less else int(len(whole) * self.keep)

@@ -27,6 +27,10 @@ WATCH_SECONDS = 0.2
 LARGEST_REQUEST = 1024 * 1024
 PIECE = bytes(256 * 1024)
 MANIFEST = "/mac/patcher.json"
+# Another origin. Behind the word, it has what the first one has when all is right.
+ELSEWHERE_PORT = settings.port() + 1
+ELSEWHERE = f"https://www.localhost:{ELSEWHERE_PORT}"
+RIGHT = "/right"
 
 
 @dataclass(frozen=True)
@@ -66,16 +70,19 @@ class Wire:
         self._counts: Counter[str] = Counter()
         self._stopping = threading.Event()
         self._listener = socket.create_server((HOST, 0), backlog=LISTEN)
+        self._elsewhere = socket.create_server((HOST, ELSEWHERE_PORT), backlog=LISTEN)
         self.tree = tree
         self.pages: dict[str, Page] = {}
         self.line = Line(settings.port(), self._listener.getsockname()[1])
-        threading.Thread(target=self._accept, daemon=True).start()
+        for listener in (self._listener, self._elsewhere):
+            threading.Thread(target=self._accept, args=(listener,), daemon=True).start()
 
     def stop(self) -> None:
         self._stopping.set()
         self.line.stop()
-        self._listener.shutdown(socket.SHUT_RDWR)
-        self._listener.close()
+        for listener in (self._listener, self._elsewhere):
+            listener.shutdown(socket.SHUT_RDWR)
+            listener.close()
 
     def fail(self, path: str, fault: Fault, times: Optional[int] = None) -> None:
         """What goes wrong with the answers for a path, a shell pattern. Faults that are no answers
@@ -130,14 +137,16 @@ class Wire:
         with self._lock:
             return self._counts[path]
 
-    def requests(self) -> list[Request]:
+    def asked_elsewhere(self) -> list[str]:
+        """The paths that the other origin was asked for, by whatever name."""
         with self._lock:
-            return list(self._requests)
+            return [request.path for request in self._requests
+                    if request.host.endswith(f":{ELSEWHERE_PORT}")]
 
-    def _accept(self) -> None:
+    def _accept(self, listener: socket.socket) -> None:
         with contextlib.suppress(OSError):
             while True:
-                client, _ = self._listener.accept()
+                client, _ = listener.accept()
                 threading.Thread(target=self._serve, args=(client,), daemon=True).start()
 
     def _serve(self, client: socket.socket) -> None:
@@ -170,7 +179,7 @@ class Wire:
         right = self._right(request)
         if right is None and reply.body is None:
             right, reply = b"Not here.", Reply(status="404 Not Found")
-        whole = reply.on_the_wire(right or b"")
+        whole = reply.on_the_wire(request.path, right or b"")
         if reply.harm:
             self.line.arm(number, reply.harm)
         size = -(-len(whole) // reply.pieces) or 1
@@ -212,10 +221,11 @@ class Wire:
 
     def _right(self, request: Request) -> Optional[bytes]:
         """The body of the right answer; None when there is no such page."""
-        page = self.pages.get(request.path)
+        asked_for = request.path.removeprefix(RIGHT)
+        page = self.pages.get(asked_for)
         if page:
             return page(request)
-        path = unquote(request.path).lstrip("/")
+        path = unquote(asked_for).lstrip("/")
         if "\0" in path or len(path) > LONGEST_PATH:
             return self._unknown
         file = self.tree / path
@@ -241,4 +251,4 @@ def _read(client: ssl.SSLSocket) -> Optional[Request]:
             return None
         body += piece
     method, path, _ = first.split(" ", 2)
-    return Request(method, headers.get("host", "").partition(":")[0], path, body)
+    return Request(method, headers.get("host", ""), path, body)

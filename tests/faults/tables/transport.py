@@ -6,9 +6,10 @@ import enum
 import gzip
 import zlib
 from dataclasses import dataclass
-from typing import Any
+from typing import Any, Optional
 
 from lab.reply import Change, Ending, Fault, Harm, Meeting, Reply
+from lab.wire import ELSEWHERE, ELSEWHERE_PORT, RIGHT
 
 
 class Effect(enum.Enum):
@@ -25,12 +26,15 @@ NOTHING, WHOLE, OTHER, STATUS = Effect.NOTHING, Effect.WHOLE, Effect.OTHER, Effe
 
 @dataclass(frozen=True)
 class Row:
-    """One fault of the way. `is_slow` ones take the launcher's own time-out of a minute."""
+    """One fault of the way. `is_slow` ones take the launcher's own time-out of a minute. A login,
+    which stays with its origin, may make less of it.
+    """
 
     name: str
     fault: Fault
     effect: Effect
     is_slow: bool = False
+    at_login: Optional[Effect] = None
 
 
 PORTAL = (b"<!DOCTYPE html><html><head><title>Hotel</title><meta http-equiv=refresh content='0;"
@@ -203,12 +207,28 @@ REDIRECTS = (
     Row("a redirect to another answer", _to("/other"), OTHER),
 )
 
+_THERE = f"{ELSEWHERE}{RIGHT}{{path}}"
+ORIGINS = (
+    *(Row(f"a redirect by {status} to another origin, which has the right answer",
+          _to(_THERE, status), WHOLE, at_login=NOTHING)
+      for status in ("302 Found", "307 Temporary Redirect", "308 Permanent Redirect")),
+    Row("a redirect to another origin, which has another answer", _to(f"{ELSEWHERE}/other"), OTHER,
+        at_login=NOTHING),
+    Row("a redirect to another origin, whose certificate is for others",
+        _to(f"https://elsewhere.localhost:{ELSEWHERE_PORT}{RIGHT}{{path}}"), NOTHING),
+)
+
 # Other places that redirects lead to.
 PLACES = {"/loop/self": _to("/loop/self"), "/loop/one": _to("/loop/two"),
           "/loop/two": _to("/loop/one"), "/other": Reply(body=b"another answer")}
 
 ALL: tuple[Row, ...] = (*CONNECTION, *CERTIFICATES, *PACE, *LENGTHS, *CHUNKS, *CODINGS, *HEADS,
-                        *STATUSES, *PORTALS, *REDIRECTS)
+                        *STATUSES, *PORTALS, *REDIRECTS, *ORIGINS)
 
 QUICK = tuple(row for row in ALL if not row.is_slow)
 SLOW = tuple(row for row in ALL if row.is_slow)
+
+
+def some(stride: int) -> tuple[Row, ...]:
+    """Each so many-th of the quick ones, and all that lead to other origins."""
+    return (*(row for row in QUICK[::stride] if row not in ORIGINS), *ORIGINS)
