@@ -28,6 +28,9 @@ SMALL_MACHINE = 2048 * MEGABYTE
 # What the launcher itself takes, beside what it was sent.
 OWN, OWN_WINDOW = 80, 160
 CLOSED = "Connection: close"
+# Wrong from the start, as the target is.
+OTHERS = {"another.bin": b"another\n" * 100, "one more.bin": b"one more\n" * 100}
+EACH = "/mac/*.bz2"
 
 
 @dataclass(frozen=True)
@@ -72,6 +75,8 @@ ROWS: tuple[Row, ...] = (
     Row("manifest", "one of 200 MB", MANIFEST, sized(200), (NO_MANIFEST,), 200),
     Row("manifest", "one without end", MANIFEST, endless, (NO_MANIFEST,), 200),
     Row("game file", "722 bytes that stand for 1 GB", FILE, bomb(10**9), (INVALID,), 1100),
+    Row("game file", "three of 722 bytes that stand for 1 GB each, at once", EACH, bomb(10**9),
+        (INVALID,), 1374),
     Row("game file", "850 bytes that stand for 1.2 GB, with 2 GB of memory", FILE,
         bomb(1_200_000_000), (INVALID,), 1200, True),
     Row("game file", "one of 1 GB packed, with 2 GB of memory", FILE, sized(1024), (INVALID,), 1200,
@@ -82,7 +87,7 @@ ROWS: tuple[Row, ...] = (
 
 
 def run(book: Book, folder: Path) -> None:
-    ground = Ground(folder)
+    ground = Ground(folder, OTHERS, [*OTHERS])
     usual(book, ground, folder)
     for row in ROWS[1:2] if book.is_short else ROWS:
         with book.case(row.area, f"too much: {row.name}") as case:
@@ -106,7 +111,8 @@ def command_line(ground: Ground, case: Case, folder: Path, row: Row) -> None:
     measured(ground, case, folder, row.codes, row.most,
              injection.less_memory(SMALL_MACHINE) if row.is_small_machine else ())
     now = snapshot.contents(ground.player.game)
-    lost = [name for name in ground.right if name != TARGET and now.get(name) != ground.right[name]]
+    lost = [name for name in ground.right if name not in (TARGET, *OTHERS)
+            and now.get(name) != ground.right[name]]
     case.expect("lost files", lost, [])
     ground.keeps_settings(case)
     ground.recovers(case)

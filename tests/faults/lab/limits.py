@@ -32,12 +32,14 @@ BOUNDS = (
           (BODIES, f"{LIMITS} failsWhenThereIsNoMemoryForTheBody"),
           "one of 1 GB packed, with 2 GB of memory; one without end, with 2 GB of memory"),
     Bound("a game file, unpacked",
-          "half of the memory, 1 GB at least, each; as many as there are processors may be unpacked "
-          "at once",
+          "half of the memory, 1 GB at least, for one file at a time; beside it files of at most "
+          "256 MB, as many as there are processors",
           ("tests/patcher/tst_Bzip2Damage.cpp limitsContentsByTheMemory",
            "tests/patcher/tst_Bzip2Damage.cpp refusesContentsBeyondTheLimit",
-           "tests/patcher/tst_Bzip2.cpp refusesWhatDoesNotFitInMemory"),
-          "722 bytes that stand for 1 GB; 850 bytes that stand for 1.2 GB, with 2 GB of memory"),
+           "tests/patcher/tst_Bzip2.cpp refusesWhatDoesNotFitInMemory",
+           "tests/patcher/tst_LargeContentsTurn.cpp isTakenForLargeContentsUntilTheyAreWritten"),
+          "722 bytes that stand for 1 GB; three of 722 bytes that stand for 1 GB each, at once; "
+          "850 bytes that stand for 1.2 GB, with 2 GB of memory"),
     Bound("bodies that wait to be written", "256 MB, then the engine reads no further",
           ("tests/patcher/tst_FlowControl.cpp pausesTheDownloadWhileMoreThanTheLimitWaits",)),
     Bound("memory reserved because a head promises a size", "64 MB",
