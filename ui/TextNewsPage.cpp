@@ -85,6 +85,9 @@ public:
         m_url = url;
         QNetworkRequest request(url);
         request.setSslConfiguration(m_ssl);
+        // A connection for either protocol that ends without an answer can go unnoticed by Qt, and
+        // the page then comes to its end at the time-out only.
+        request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
         QNetworkReply *reply = m_network.get(request);
         const auto dropWhenTooLarge = [reply](qint64 received) {
             if (received > LargestPage)
