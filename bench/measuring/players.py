@@ -4,17 +4,19 @@ from __future__ import annotations
 
 import os
 import shutil
+import sys
 from pathlib import Path
 from typing import Optional
 
 from harness.player import Player
 
-from .bench import Bench, Contestant, command, shell
+from .bench import Bench, Contestant, command, shell, to_nowhere
 from .data import Game
 
 LAUNCHER = "quellmoor-launcher --update"
 CURL = "curl a file, piped to bzip2"
 MANY = 2000  # more files than a tool that starts anew for each is measured with more than once
+ONE_CONNECTION = "one connection, kept alive, nothing written"
 DECODE = "bzip2 -dc on two cores, nothing else"
 
 
@@ -52,6 +54,17 @@ def decode_only(game: Game) -> Contestant:
                                             "sh -c 'exec bzip2 -dc \"$@\" >/dev/null' -", game.tree))
 
 
+def one_connection(bench: Bench, base: str) -> Contestant:
+    """Nothing but the transfers of `others`, one after the other."""
+    return Contestant(ONE_CONNECTION, lambda: to_nowhere(
+        [sys.executable, Path(__file__).with_name("one_connection.py"), base, bench.authority,
+         plain_urls(bench)]))
+
+
+def plain_urls(bench: Bench) -> Path:
+    return bench.data / "plain-urls.txt"
+
+
 def others(bench: Bench, game: Game, base: str) -> list[Contestant]:
     """Nobody of these verifies anything."""
     keys = game.keys()
@@ -59,8 +72,7 @@ def others(bench: Bench, game: Game, base: str) -> list[Contestant]:
               if len(keys) > 1 else "find . -name '*.bz2' -print0 | xargs -0 lbzip2 -d")
     urls = bench.data / "urls.txt"
     urls.write_text("".join(f"{base}/mac/{key}.bz2\n\tout={key}.bz2\n" for key in keys))
-    plain_urls = bench.data / "plain-urls.txt"
-    plain_urls.write_text("".join(f"{base}/mac/{key}.bz2\n" for key in keys))
+    plain_urls(bench).write_text("".join(f"{base}/mac/{key}.bz2\n" for key in keys))
     pipes = bench.data / "pipes.sh"
     pipes.write_text("".join(
         f"mkdir -p {os.path.dirname(key)}\n"
@@ -74,7 +86,7 @@ def others(bench: Bench, game: Game, base: str) -> list[Contestant]:
 
     scripts = {
         "wget, then lbzip2": f"wget -q --no-config --ca-certificate={bench.authority} -x -nH "
-                             f"-i {plain_urls}\n{unpack}",
+                             f"-i {plain_urls(bench)}\n{unpack}",
         "aria2c, 1 connection, then lbzip2": f"{aria(1)}\n{unpack}",
         "aria2c, 4 connections, then lbzip2": f"{aria(4)}\n{unpack}",
         CURL: f". {pipes}",

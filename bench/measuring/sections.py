@@ -132,7 +132,8 @@ def line(bench: Bench) -> str:
         where = site.Line(title, 0.020, megabits)
         with site.serving(bench, game, where) as base:
             ours = players.launcher(bench, game)
-            contestants = [ours, *players.others(bench, game, base)]
+            contestants = [ours, *players.others(bench, game, base),
+                           players.one_connection(bench, base)]
             times = compete(contestants, bench.fewer(3))
         transfer, trips = where.transfer_seconds(size), files * where.round_trip
         rows = [(one.name, seconds(times.median(one.name)),
@@ -149,7 +150,8 @@ def line(bench: Bench) -> str:
             f"{''.join(chapters)}"
             "The launcher fetches one file at a time, so every file waits for one round trip: with "
             "small files that is most of the time, and a tool with several connections is faster "
-            "there.\n")
+            "there. The last row is a loop of Python's: what one connection gets who does nothing "
+            "else.\n")
 
 
 def parts(bench: Bench) -> str:
