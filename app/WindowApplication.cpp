@@ -71,7 +71,8 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
     m_alertPresenter.setWindow(&m_window);
     m_fingerprintPrompt.setWindow(&m_window);
     m_view.setServices({m_configuration, *m_httpClient, *m_workspace, m_alertPresenter,
-                        LocalAuthenticationHandler::shared(), terminate, makeNewsPage});
+                        LocalAuthenticationHandler::shared(), terminate,
+                        newsPages(*m_httpClient, m_configuration.extraCertificateFile)});
     m_view.awakeFromNib();
     m_controller = std::make_shared<ViewController>(
         m_view, ControllerServices{m_configuration, *m_httpClient, m_userDefaults, *m_workspace,

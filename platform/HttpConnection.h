@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <chrono>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -21,6 +22,9 @@ struct HttpRequest
     QList<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body;
     Redirects redirects = Redirects::NoLessSafe;
+    // Asked before each redirect is followed, on the connection's thread: where it says no, the
+    // exchange has failed. Without it what `redirects` allows is followed.
+    std::function<bool(const QUrl &target)> mayFollow = {};
     // The exchange fails when nothing at all arrives for so long. Pauses do not count.
     std::chrono::milliseconds idleTimeout{60000};
     // In bytes. The exchange fails when more arrives, or when no memory is left for what arrives.

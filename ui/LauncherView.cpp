@@ -76,7 +76,6 @@ void LauncherView::awakeFromNib()
     m_statusLabel->setDelegate(this);
     if (m_services->newsPageFactory)
         m_newsView->setPageFactory(m_services->newsPageFactory);
-    m_newsView->setExtraCertificateFile(m_services->configuration.extraCertificateFile);
     downloadNews();
     cutWindowToShape();
 }

@@ -31,7 +31,7 @@ struct LauncherViewServices
     LocalAuthenticationHandler &localAuthentication;
     // Asks the application to end. From any thread; may be called more than once.
     std::function<void()> terminate;
-    // Makes what shows the news; empty leaves that to the news view.
+    // Makes what shows the news; without it none are shown.
     NewsView::PageFactory newsPageFactory = {};
 };
 

@@ -52,13 +52,18 @@ void openWebPagesToScreenReaders()
     qputenv("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1");
 }
 
-std::unique_ptr<NewsPage> makeNewsPage(QWidget *parent, const QString &extraCertificateFile,
-                                       NewsView::Policy policy)
+NewsView::PageFactory newsPages(HttpClient &httpClient,
+                                [[maybe_unused]] const QString &extraCertificateFile)
 {
 #ifdef QUELLMOOR_WITH_WEBENGINE
-    if (auto *maker = isRootWithSandbox() ? nullptr : webNewsPageMaker())
-        return maker->make(parent, extraCertificateFile, std::move(policy),
-                           [](const QString &line) { ErrorHandler::log(line); });
+    return [texts = textNewsPages(httpClient),
+            extraCertificateFile](QWidget *parent, const NewsView::Policy &policy) {
+        auto *maker = isRootWithSandbox() ? nullptr : webNewsPageMaker();
+        return maker ? maker->make(parent, extraCertificateFile, policy,
+                                   [](const QString &line) { ErrorHandler::log(line); })
+                     : texts(parent, policy);
+    };
+#else
+    return textNewsPages(httpClient);
 #endif
-    return makeTextNewsPage(parent, extraCertificateFile, std::move(policy));
 }

@@ -2,10 +2,12 @@
 
 #include "ui/NewsView.h"
 
+class HttpClient;
+
 // What renders the page of a NewsView. Every navigation, redirect, frame and new window is put to
 // the policy first; downloads, permissions, dialogs, printing and full screen are refused; a
-// certificate is accepted only from the system's authorities and those of the extra file. Main
-// thread only.
+// certificate is accepted only from the system's authorities and those named besides. Main thread
+// only.
 class NewsPage
 {
 public:
@@ -21,12 +23,13 @@ public:
 // before the process has a second thread.
 void openWebPagesToScreenReaders();
 
-// On Qt's text browser: text, links and simple layout, no scripts and no pictures.
-std::unique_ptr<NewsPage> makeTextNewsPage(QWidget *parent, const QString &extraCertificateFile,
-                                           NewsView::Policy policy);
+// On Qt's text browser: text, links and simple layout, no scripts and no pictures. The client must
+// outlive the pages.
+[[nodiscard]] NewsView::PageFactory textNewsPages(HttpClient &httpClient);
 
-// What the launcher shows: a page on Qt WebEngine, in processes of its own, or a text page where
-// there is no such engine: in builds without it, for root, whom its sandbox does not serve, and
-// when it cannot be loaded, which the log then tells. Loading it takes a while.
-std::unique_ptr<NewsPage> makeNewsPage(QWidget *parent, const QString &extraCertificateFile,
-                                       NewsView::Policy policy);
+// What the launcher shows: pages on Qt WebEngine, in processes of its own, which trusts the
+// certificates of the extra file besides the system's, or text pages where there is no such engine:
+// in builds without it, for root, whom its sandbox does not serve, and when it cannot be loaded,
+// which the log then tells. Loading it takes a while.
+[[nodiscard]] NewsView::PageFactory newsPages(HttpClient &httpClient,
+                                              const QString &extraCertificateFile);

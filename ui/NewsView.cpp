@@ -22,7 +22,7 @@ private:
 
 } // namespace
 
-NewsView::NewsView(QWidget *parent) : QWidget(parent), m_pageFactory(makeTextNewsPage)
+NewsView::NewsView(QWidget *parent) : QWidget(parent)
 {
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);
@@ -75,10 +75,9 @@ void NewsView::makePageSoon()
 
 void NewsView::makePage()
 {
-    if (m_page)
+    if (m_page || !m_pageFactory)
         return;
-    m_page = m_pageFactory(this, m_extraCertificateFile,
-                           [this](const QUrl &url) { return decide(url); });
+    m_page = m_pageFactory(this, [this](const QUrl &url) { return decide(url); });
     m_page->setDrawsBackground(m_drawsBackground);
     m_page->widget()->setAccessibleName(tr("News"));
     m_page->widget()->setGeometry(rect());

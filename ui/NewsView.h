@@ -40,8 +40,8 @@ class NewsView : public QWidget
 public:
     // Whether the navigation may happen.
     using Policy = std::function<bool(const QUrl &url)>;
-    using PageFactory = std::function<std::unique_ptr<NewsPage>(
-        QWidget *parent, const QString &extraCertificateFile, Policy policy)>;
+    using PageFactory =
+        std::function<std::unique_ptr<NewsPage>(QWidget *parent, const Policy &policy)>;
 
     explicit NewsView(QWidget *parent = nullptr);
     ~NewsView() override;
@@ -52,9 +52,7 @@ public:
     void setDrawsBackground(bool drawsBackground);
     // Null refuses every navigation. The delegate outlives the view or is taken away.
     void setPolicyDelegate(WebPolicyDelegate *delegate) { m_policyDelegate = delegate; }
-    // Certificates trusted besides the system's; before the first frame.
-    void setExtraCertificateFile(const QString &path) { m_extraCertificateFile = path; }
-    // What makes the renderer, by default a text page; before the first frame.
+    // What makes the renderer; before the first frame. Without one the place stays empty.
     void setPageFactory(PageFactory factory) { m_pageFactory = std::move(factory); }
 
     [[nodiscard]] bool drawsBackground() const { return m_drawsBackground; }
@@ -74,7 +72,6 @@ private:
     [[nodiscard]] bool decide(const QUrl &url);
 
     QUrl m_url;
-    QString m_extraCertificateFile;
     bool m_drawsBackground = true;
     bool m_hasBeenSeen = false;
     WebPolicyDelegate *m_policyDelegate = nullptr;

@@ -1,19 +1,18 @@
+#include "platform/HttpClient.h"
 #include "ui/NewsPage.h"
 #include "ui/NewsText.h"
 #include "ui/Typography.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
+#include <QPointer>
 #include <QScrollBar>
-#include <QSslCertificate>
-#include <QSslConfiguration>
 #include <QStringDecoder>
 #include <QTextBrowser>
+
+#include <optional>
 
 namespace {
 
 constexpr qint64 LargestPage = 4LL * 1024 * 1024;
-constexpr int IdleTimeout = 60000;
 
 QString nameOf(QRgb color) { return QColor::fromRgb(color).name(); }
 
@@ -62,14 +61,9 @@ public:
 class TextNewsPage final : public NewsPage
 {
 public:
-    TextNewsPage(QWidget *parent, const QString &extraCertificateFile, NewsView::Policy policy)
-        : m_browser(new Browser(parent)),
-          m_policy(std::move(policy)),
-          m_ssl(QSslConfiguration::defaultConfiguration())
+    TextNewsPage(QWidget *parent, HttpClient &httpClient, NewsView::Policy policy)
+        : m_browser(new Browser(parent)), m_policy(std::move(policy)), m_httpClient(httpClient)
     {
-        m_ssl.addCaCertificates(QSslCertificate::fromPath(extraCertificateFile));
-        m_network.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
-        m_network.setTransferTimeout(IdleTimeout);
         QObject::connect(m_browser, &QTextBrowser::anchorClicked, m_browser,
                          [this](const QUrl &link) { load(m_url.resolved(link)); });
     }
@@ -83,21 +77,22 @@ public:
         if (!m_policy(url))
             return;
         m_url = url;
-        QNetworkRequest request(url);
-        request.setSslConfiguration(m_ssl);
-        // A connection for either protocol that ends without an answer can go unnoticed by Qt, and
-        // the page then comes to its end at the time-out only.
-        request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-        QNetworkReply *reply = m_network.get(request);
-        const auto dropWhenTooLarge = [reply](qint64 received) {
-            if (received > LargestPage)
-                reply->abort();
+        HttpRequest request;
+        request.url = url;
+        request.largestBody = LargestPage;
+        // A page that leads elsewhere is none; whoever was shown before stays.
+        const auto leadsElsewhere = std::make_shared<bool>(false);
+        request.mayFollow = [browser = m_browser, policy = m_policy,
+                             leadsElsewhere](const QUrl &target) {
+            *leadsElsewhere = !browser || !policy(target);
+            return !*leadsElsewhere;
         };
-        QObject::connect(reply, &QNetworkReply::downloadProgress, reply, dropWhenTooLarge);
-        QObject::connect(reply, &QNetworkReply::finished, m_browser, [this, reply] {
-            reply->deleteLater();
-            show(*reply);
-        });
+        m_httpClient.sendAsynchronousRequest(
+            request, [browser = m_browser, leadsElsewhere](const std::optional<QByteArray> &page,
+                                                           const std::optional<Error> &) {
+                if (browser && !*leadsElsewhere)
+                    browser->setHtml(page ? simpleNews(decoded(*page)) : QString());
+            });
     }
 
     void setDrawsBackground(bool drawsBackground) override
@@ -110,30 +105,22 @@ public:
     }
 
 private:
-    void show(QNetworkReply &reply)
+    static QString decoded(const QByteArray &page)
     {
-        const QVariant redirect = reply.attribute(QNetworkRequest::RedirectionTargetAttribute);
-        if (redirect.isValid()) {
-            load(reply.url().resolved(redirect.toUrl()));
-            return;
-        }
-        const QByteArray html = reply.readAll();
-        const bool isWhole = reply.error() == QNetworkReply::NoError || !html.isEmpty();
-        const QString text = QStringDecoder::decoderForHtml(html).decode(html);
-        m_browser->setHtml(isWhole ? simpleNews(text) : QString());
+        return QStringDecoder::decoderForHtml(page).decode(page);
     }
 
     const QPointer<Browser> m_browser; // also a child of the view, which may delete it first
     const NewsView::Policy m_policy;
-    QSslConfiguration m_ssl;
+    HttpClient &m_httpClient;
     QUrl m_url;
-    QNetworkAccessManager m_network; // last: its replies go first
 };
 
 } // namespace
 
-std::unique_ptr<NewsPage> makeTextNewsPage(QWidget *parent, const QString &extraCertificateFile,
-                                           NewsView::Policy policy)
+NewsView::PageFactory textNewsPages(HttpClient &httpClient)
 {
-    return std::make_unique<TextNewsPage>(parent, extraCertificateFile, std::move(policy));
+    return [&httpClient](QWidget *parent, const NewsView::Policy &policy) {
+        return std::make_unique<TextNewsPage>(parent, httpClient, policy);
+    };
 }

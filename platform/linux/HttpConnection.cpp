@@ -298,9 +298,12 @@ bool QtHttpConnection::followRedirect()
     const QString location = QString::fromUtf8(m_reply->rawHeader(QByteArrayLiteral("Location")));
     const QUrl target = HttpUrl::fromText(location, QUrl::TolerantMode);
     const QUrl url = m_request.url.resolved(target);
-    if (location.isEmpty() || !target.isValid() || !isSafe(m_request.url, url) ||
-        (m_request.redirects == HttpRequest::Redirects::SameOrigin &&
-         !isSameOrigin(url, m_request.url)))
+    if (location.isEmpty() || !target.isValid())
+        return false;
+    if (m_request.mayFollow && !m_request.mayFollow(url))
+        return false;
+    if (!isSafe(m_request.url, url) || (m_request.redirects == HttpRequest::Redirects::SameOrigin &&
+                                        !isSameOrigin(url, m_request.url)))
         return false;
     constexpr int temporaryRedirect = 307;
     if (status < temporaryRedirect) { // the answer is there to be fetched, as for a form

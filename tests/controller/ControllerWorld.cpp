@@ -65,7 +65,7 @@ ControllerWorld::ControllerWorld()
     view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
     // The news have tests of their own; here only their requests would be in the way.
     view->findChild<NewsView *>()->setPageFactory(
-        [this](QWidget *parent, const QString &, const NewsView::Policy &) {
+        [this](QWidget *parent, const NewsView::Policy &) {
             return std::make_unique<BlankPage>(parent, newsLoads);
         });
     window.setContentView(view);

@@ -31,7 +31,8 @@ Scene::Scene(Camera &sceneCamera, const Setting &setting)
     window.setContentView(view);
     alerts.setWindow(&window);
     fingerprint.setWindow(&window);
-    view->setServices({configuration, *httpClient, workspace, alerts, stored, [] {}, makeNewsPage});
+    view->setServices({configuration, *httpClient, workspace, alerts, stored, [] {},
+                       newsPages(*httpClient, configuration.extraCertificateFile)});
     view->awakeFromNib();
     view->prepareForLogin();
     view->setServerVersion(QStringLiteral("7.3.0"));

@@ -27,6 +27,7 @@ private slots:
     void neverFollowsFromHttpsToHttp();
     void staysWithinTheOriginWhenTold_data();
     void staysWithinTheOriginWhenTold();
+    void followsOnlyWhereItMay();
     void givesUpOnACircleOfRedirects_data();
     void givesUpOnACircleOfRedirects();
     void timesOutInARedirectLikeAnywhere();
@@ -169,6 +170,28 @@ void TestHttpTrust::staysWithinTheOriginWhenTold()
     QCOMPARE(run(*m_client, postSecret(own.url("/near"), Redirects::SameOrigin))->data(),
              QByteArray("arrived"));
     QCOMPARE(stranger.receivedBytes(), QByteArray());
+}
+
+void TestHttpTrust::followsOnlyWhereItMay()
+{
+    TestServer server;
+    server.route("/", TestReply::redirect(server.url("/near")));
+    server.route("/near", TestReply::redirect(server.url("/away")));
+    server.route("/away", TestReply::whole("arrived"));
+    QList<QUrl> asked;
+    HttpRequest request = get(server.url());
+    request.mayFollow = [&](const QUrl &target) {
+        asked += target;
+        return target == server.url("/near");
+    };
+    QCOMPARE(run(*m_client, request)->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(asked, QList<QUrl>({server.url("/near"), server.url("/away")}));
+    QCOMPARE(server.requestCount("/away"), 0);
+    // Of a target that is never followed, too: whoever is asked may have another use for it.
+    request.mayFollow = [&asked](const QUrl &target) { return (asked += target, true); };
+    server.route("/", TestReply::redirect(QUrl(QStringLiteral("http://localhost:1/"))));
+    QCOMPARE(run(*m_client, request)->events(), QStringList{QStringLiteral("failure")});
+    QCOMPARE(asked.last(), QUrl(QStringLiteral("http://localhost:1/")));
 }
 
 void TestHttpTrust::givesUpOnACircleOfRedirects_data()

@@ -47,10 +47,9 @@ ViewWorld::ViewWorld()
     window.setContentView(view);
     view->setServices({configuration, httpClient, workspace, alertPresenter, localAuthentication,
                        [this] { ++terminations; }});
-    child<NewsView>("newsView")
-        .setPageFactory([this](QWidget *parent, const QString &, const NewsView::Policy &) {
-            return std::make_unique<EmptyPage>(parent, loadedPages);
-        });
+    child<NewsView>("newsView").setPageFactory([this](QWidget *parent, const NewsView::Policy &) {
+        return std::make_unique<EmptyPage>(parent, loadedPages);
+    });
     view->awakeFromNib();
     view->setDelegate(&delegate);
 }

@@ -1,5 +1,6 @@
 #include "TestMain.h"
 #include "TestServer.h"
+#include "platform/HttpClient.h"
 #include "ui/NewsPage.h"
 
 #include <QTest>
@@ -73,10 +74,9 @@ private:
     {
         explicit TextView(const TestServer &server,
                           const QString &authorityFile = Certificates::shared().authorityFile())
-            : policy(server.url("/launcher/"))
+            : httpClient(makeHttpClient(authorityFile)), policy(server.url("/launcher/"))
         {
-            view.setPageFactory(makeTextNewsPage);
-            view.setExtraCertificateFile(authorityFile);
+            view.setPageFactory(textNewsPages(*httpClient));
             view.setPolicyDelegate(&policy);
             view.resize(400, 300);
             view.load(server.url("/launcher/"));
@@ -89,6 +89,7 @@ private:
             return browser ? browser->toPlainText() : QStringLiteral("no browser");
         }
 
+        const std::unique_ptr<HttpClient> httpClient;
         OneUrlPolicy policy;
         NewsView view;
     };
@@ -103,7 +104,7 @@ void TestNewsView::makesItsPageAfterTheFirstFrameOnly()
 {
     QStringList calls;
     NewsView view;
-    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+    view.setPageFactory([&calls](QWidget *parent, const NewsView::Policy &) {
         return std::make_unique<RecordingPage>(parent, calls);
     });
     view.load(QUrl(QStringLiteral("https://a.test/")));
@@ -125,7 +126,7 @@ void TestNewsView::makesItsPageEvenWithoutTheKeyboard()
     QVERIFY(QTest::qWaitForWindowActive(&other));
     NewsView view;
     view.setAttribute(Qt::WA_ShowWithoutActivating);
-    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+    view.setPageFactory([&calls](QWidget *parent, const NewsView::Policy &) {
         return std::make_unique<RecordingPage>(parent, calls);
     });
     view.load(QUrl(QStringLiteral("https://a.test/")));
@@ -137,7 +138,7 @@ void TestNewsView::loadsOnlyTheLastUrlThatWasAskedForBefore()
 {
     QStringList calls;
     NewsView view;
-    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+    view.setPageFactory([&calls](QWidget *parent, const NewsView::Policy &) {
         return std::make_unique<RecordingPage>(parent, calls);
     });
     view.load(QUrl(QStringLiteral("https://a.test/")));
@@ -152,7 +153,7 @@ void TestNewsView::passesLaterWishesOn()
 {
     QStringList calls;
     NewsView view;
-    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+    view.setPageFactory([&calls](QWidget *parent, const NewsView::Policy &) {
         return std::make_unique<RecordingPage>(parent, calls);
     });
     view.show();
@@ -169,7 +170,7 @@ void TestNewsView::keepsThePageAsLargeAsItself()
     QStringList calls;
     NewsView view;
     view.resize(300, 200);
-    view.setPageFactory([&calls](QWidget *parent, const QString &, const NewsView::Policy &) {
+    view.setPageFactory([&calls](QWidget *parent, const NewsView::Policy &) {
         return std::make_unique<RecordingPage>(parent, calls);
     });
     view.show();
@@ -185,7 +186,7 @@ void TestNewsView::refusesEverythingWithoutADelegate()
     QStringList calls;
     NewsView::Policy policy;
     NewsView view;
-    view.setPageFactory([&](QWidget *parent, const QString &, const NewsView::Policy &given) {
+    view.setPageFactory([&](QWidget *parent, const NewsView::Policy &given) {
         policy = given;
         return std::make_unique<RecordingPage>(parent, calls);
     });

@@ -108,7 +108,8 @@ void TestHostilePage::initTestCase()
     m_configuration.extraCertificateFile = Certificates::shared().authorityFile();
     m_view.reset(qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher"))));
     m_view->setServices({m_configuration, m_httpClient, *m_workspace, m_alerts,
-                         m_localAuthentication, [] {}, makeNewsPage});
+                         m_localAuthentication, [] {},
+                         newsPages(m_httpClient, m_configuration.extraCertificateFile)});
     m_server.route("/launcher/", html("<title>quiet</title>"));
     m_view->awakeFromNib();
     m_view->show();

@@ -1,4 +1,5 @@
 #include "LogCapture.h"
+#include "RefusingHttpClient.h"
 #include "TestMain.h"
 #include "TestServer.h"
 #include "ui/NewsPage.h"
@@ -57,7 +58,8 @@ private:
     {
         explicit World(TestServer &pages,
                        const QString &authorityFile = Certificates::shared().authorityFile())
-            : server(pages), page(makeNewsPage(&window, authorityFile, [this](const QUrl &url) {
+            : server(pages),
+              page(newsPages(noClient, authorityFile)(&window, [this](const QUrl &url) {
                   asked += url;
                   return allowsAll || url == server.url("/launcher/");
               }))
@@ -92,6 +94,7 @@ private:
         QList<QUrl> asked;
         bool allowsAll = false;
         int loads = 0;
+        RefusingHttpClient noClient; // the engine has its own way to the network
         QWidget window;
         std::unique_ptr<NewsPage> page;
     };
