@@ -19,6 +19,8 @@ DIE_WITH_PARENT = 1
 
 def enter() -> None:
     """Starts this program again inside; where that is not allowed, it stays outside."""
+    # In the background of a script it would be ignored, by the launcher, too.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     if os.environ.get(ENTERED):
         _bring_up_loopback()
         return
