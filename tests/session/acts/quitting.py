@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import time
 
+from harness import settings
+
 from player.person import Player
 from stage import children
 from stage.accounts import PASSWORDS
@@ -11,7 +13,7 @@ from stage.launcher import Launcher
 from stage.waiting import NotSeen, expect, until
 
 # Less than what unfinished work is given.
-LONGEST_END = 1.5
+LONGEST_END = 1.5 * settings.slowness()
 
 
 def while_the_game_runs(player: Player) -> None:

@@ -8,11 +8,13 @@ from dataclasses import replace
 from types import TracebackType
 from typing import Optional
 
+from harness import settings
+
 from .accessibility import Bus, Element
 from .waiting import PAUSE, NotSeen
 
 # A window that waits for a service waits until that answers, or for the 25 seconds of a bus call.
-LONGEST = 3.0
+LONGEST = 3.0 * settings.slowness()
 
 
 class Pulse:

@@ -7,8 +7,10 @@ import time
 from pathlib import Path
 from typing import Callable, Optional, TypeVar
 
+from harness import settings
+
 Seen = TypeVar("Seen")
-PATIENCE = 40.0
+PATIENCE = 40.0 * settings.slowness()
 PAUSE = 0.04
 
 

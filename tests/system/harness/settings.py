@@ -15,6 +15,11 @@ def launcher() -> Path:
     return Path(os.environ.get("QUELLMOOR_LAUNCHER", default))
 
 
+def slowness() -> float:
+    """How many times as long as usual all may take, as under a sanitizer."""
+    return float(os.environ.get("QUELLMOOR_SLOWNESS", "1"))
+
+
 def authority() -> Path:
     """The certificate authority that the launcher trusts."""
     default = REPOSITORY / "build" / "localhosts" / "ca.pem"
