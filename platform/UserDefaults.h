@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QString>
 
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <variant>
@@ -23,7 +24,9 @@ public:
     // A database that is damaged, or is not one of settings, is set aside under its name plus
     // ".bad" and logged; the settings then start empty. Earlier ones set aside stay: the new one
     // gets a number behind its name, up to ".bad.9". The file and its folder are made by the first
-    // save.
+    // save. One that another process holds locked is waited for a moment and then logged; the
+    // settings begin empty and come back with a later read or save, once the lock is gone. Nothing
+    // is saved before.
     explicit UserDefaults(QString path);
     // Saves what is unsaved.
     ~UserDefaults();
@@ -50,9 +53,16 @@ private:
     template<typename Type>
     [[nodiscard]] std::optional<Type> value(const QString &key) const;
 
+    void takeLoaded(const QHash<QString, Value> &loaded) const;
+    void loadIfLate() const;
+    [[nodiscard]] std::optional<Error> loadBeforeSaving();
+
     const QString m_path;
     std::mutex m_saveMutex; // one save at a time; taken before m_mutex
     mutable std::mutex m_mutex;
-    QHash<QString, Value> m_values;
+    mutable QHash<QString, Value> m_values;
     QHash<QString, std::optional<Value>> m_changes; // nothing: to be removed
+    // False while m_values knows the changes only.
+    mutable bool m_isLoaded = false;
+    mutable std::chrono::steady_clock::time_point m_nextTry;
 };

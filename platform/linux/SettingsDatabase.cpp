@@ -49,16 +49,23 @@ bool isDamage(const QSqlError &error)
            kind == TooLong || kind == Corrupt || kind == NotADatabase;
 }
 
+bool isLocked(const QSqlError &error)
+{
+    constexpr int Busy = 5;
+    return (error.nativeErrorCode().toInt() & 0xff) == Busy;
+}
+
 // A connection of Qt's belongs to one thread; this one lives for one load or save.
 class Connection
 {
 public:
-    explicit Connection(const QString &path)
+    Connection(const QString &path, std::chrono::milliseconds patience)
         : m_name(QStringLiteral("settings-%1").arg(++s_count)),
           m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name))
     {
         m_database.setDatabaseName(path);
-        m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+        m_database.setConnectOptions(
+            QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(patience.count()));
         m_isOpen = m_database.open() || fail(m_database.lastError());
     }
     Connection(const Connection &) = delete;
@@ -295,11 +302,12 @@ struct Failure
 {
     Error error;
     bool isDamage = false;
+    bool isLock = false;
 };
 
-std::variant<Values, Failure> tryLoading(const QString &path)
+std::variant<Values, Failure> tryLoading(const QString &path, std::chrono::milliseconds patience)
 {
-    Connection connection(path);
+    Connection connection(path, patience);
     if (connection.isOpen()) {
         if (auto values = read(connection))
             return std::move(*values);
@@ -307,7 +315,8 @@ std::variant<Values, Failure> tryLoading(const QString &path)
     return Failure{
         {QStringLiteral("Cannot read the settings in %1: %2").arg(path, describe(connection)),
          connection.lastError().nativeErrorCode().toInt()},
-        connection.isDamaged()};
+        connection.isDamaged(),
+        isLocked(connection.lastError())};
 }
 
 std::optional<Failure> trySaving(const QString &path, const Changes &changes)
@@ -315,7 +324,7 @@ std::optional<Failure> trySaving(const QString &path, const Changes &changes)
     const auto text = QStringLiteral("Cannot save the settings in %1: %2");
     if (const int number = makePrivateFile(path))
         return Failure{{text.arg(path, qt_error_string(number)), number}};
-    Connection connection(path);
+    Connection connection(path, LongPatience);
     // Statements, since Qt's own functions forget which error it was. The lock for writing comes
     // first: one that is only asked for after reading is refused at once instead of waited for.
     if (connection.isOpen() && connection.execute(QStringLiteral("BEGIN IMMEDIATE")) &&
@@ -330,20 +339,22 @@ std::optional<Failure> trySaving(const QString &path, const Changes &changes)
 
 // What seems to be damage is looked at twice, as a disk may fail for a moment.
 
-Values load(const QString &path)
+std::optional<Values> load(const QString &path, std::chrono::milliseconds patience)
 {
     if (!QFileInfo::exists(path))
-        return {};
-    auto loaded = tryLoading(path);
+        return Values();
+    auto loaded = tryLoading(path, patience);
     if (const auto *failure = std::get_if<Failure>(&loaded); failure && failure->isDamage)
-        loaded = tryLoading(path);
+        loaded = tryLoading(path, patience);
     if (auto *values = std::get_if<Values>(&loaded))
         return std::move(*values);
     const auto &failure = std::get<Failure>(loaded);
+    if (failure.isLock)
+        return std::nullopt;
     ErrorHandler::log(failure.error);
     if (failure.isDamage)
         setAside(path);
-    return {};
+    return Values();
 }
 
 std::optional<Error> save(const QString &path, const Changes &changes, const Values &all)

@@ -6,12 +6,15 @@
 #include "TestMain.h"
 #include "platform/UserDefaults.h"
 
+#include <QElapsedTimer>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTest>
 
 #include <cerrno>
 #include <functional>
+#include <memory>
+#include <utility>
 
 using Damage = std::function<QByteArray(QByteArray)>;
 Q_DECLARE_METATYPE(Damage)
@@ -33,6 +36,9 @@ private slots:
     void leavesOutAKeyThatIsNoText();
     void leavesOtherTablesAlone();
     void neverSetsAFileAsideThatOthersHold();
+    void readsAFileLaterThatOthersHoldLocked();
+    void changesAFileThatWasLockedAndLosesNothing();
+    void savesNothingIntoAFileThatIsLocked();
     void readsAFileThatCannotBeWritten();
     void tellsWhyItCannotSave();
 };
@@ -101,6 +107,19 @@ public:
 private:
     static inline const QString Name = QStringLiteral("other program");
     QSqlDatabase m_database;
+};
+
+// While it lives, nobody else can read or write the file.
+class LockedByOther
+{
+public:
+    explicit LockedByOther(const TestFolder &folder) : m_program(folder)
+    {
+        m_program.run(QStringLiteral("BEGIN EXCLUSIVE"));
+    }
+
+private:
+    OtherProgram m_program;
 };
 
 } // namespace
@@ -276,14 +295,75 @@ void TestSettingsFile::neverSetsAFileAsideThatOthersHold()
     UserDefaults defaults(folder.path(File));
     defaults.set(Key, true);
     {
-        const OtherProgram other(folder);
-        other.run(QStringLiteral("BEGIN EXCLUSIVE"));
+        const LockedByOther other(folder);
         QVERIFY(defaults.synchronize());
     }
     QVERIFY(!defaults.synchronize());
     const UserDefaults again(folder.path(File));
     QVERIFY(again.boolean(Key) && again.contains(QStringLiteral("key 1")));
     QVERIFY(!folder.read(Bad));
+}
+
+void TestSettingsFile::readsAFileLaterThatOthersHoldLocked()
+{
+    const TestFolder folder;
+    saveMany(folder);
+    const LogCapture log;
+    auto other = std::make_unique<LockedByOther>(folder);
+    QElapsedTimer timer;
+    timer.start();
+    const UserDefaults defaults(folder.path(File));
+    QVERIFY(!defaults.contains(QStringLiteral("key 1")));
+    QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(log.lines().size(), 1);
+    QVERIFY(log.lines().first().contains(QStringLiteral("locked")));
+
+    other.reset();
+    QTRY_COMPARE(defaults.string(QStringLiteral("key 1")), QStringLiteral("value"));
+    QCOMPARE(log.lines().size(), 1);
+    QVERIFY(!folder.read(Bad));
+}
+
+void TestSettingsFile::changesAFileThatWasLockedAndLosesNothing()
+{
+    const TestFolder folder;
+    saveMany(folder);
+    auto other = std::make_unique<LockedByOther>(folder);
+    UserDefaults defaults(folder.path(File));
+    defaults.set(Key, true);
+    defaults.set(QStringLiteral("key 1"), QStringLiteral("newer"));
+    defaults.remove(QStringLiteral("key 2"));
+
+    other.reset();
+    QVERIFY(!defaults.synchronize());
+    const UserDefaults again(folder.path(File));
+    for (const UserDefaults *each : {&std::as_const(defaults), &again}) {
+        QVERIFY(each->boolean(Key));
+        QCOMPARE(each->string(QStringLiteral("key 1")), QStringLiteral("newer"));
+        QVERIFY(!each->contains(QStringLiteral("key 2")));
+        QCOMPARE(each->string(QStringLiteral("key 3")), QStringLiteral("value"));
+    }
+}
+
+void TestSettingsFile::savesNothingIntoAFileThatIsLocked()
+{
+    const TestFolder folder;
+    saveMany(folder);
+    const auto before = folder.read(File);
+    auto other = std::make_unique<LockedByOther>(folder);
+    UserDefaults defaults(folder.path(File));
+    defaults.set(Key, true);
+    const auto error = defaults.synchronize();
+    QVERIFY(error);
+    QCOMPARE(error->code, EBUSY);
+    QVERIFY(folder.read(File) == before);
+
+    other.reset();
+    QTRY_VERIFY(defaults.contains(QStringLiteral("key 1")));
+    QVERIFY(defaults.boolean(Key));
+    QVERIFY(!defaults.synchronize());
+    const UserDefaults again(folder.path(File));
+    QVERIFY(again.boolean(Key) && again.contains(QStringLiteral("key 1")));
 }
 
 void TestSettingsFile::readsAFileThatCannotBeWritten()
