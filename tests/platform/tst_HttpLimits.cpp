@@ -6,6 +6,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
+#include <QTimer>
 
 #include <new>
 
@@ -46,6 +47,8 @@ private slots:
     void failsBeyondTheLimitAndHandsNothingMoreOn_data();
     void failsBeyondTheLimitAndHandsNothingMoreOn();
     void endsABodyWithoutEnd();
+    void endsWhatComesBeforeABodyAndNeverEnds_data();
+    void endsWhatComesBeforeABodyAndNeverEnds();
     void failsWhenThereIsNoMemoryForTheBody_data();
     void failsWhenThereIsNoMemoryForTheBody();
     void connectsAnewAfterAHandshakeThatTimedOut();
@@ -130,6 +133,49 @@ void TestHttpLimits::endsABodyWithoutEnd()
     start(server, 1000, delegate);
     QTRY_VERIFY_WITH_TIMEOUT(delegate->hasEnded(), PatienceMs);
     QCOMPARE(delegate->events().last(), QStringLiteral("failure"));
+}
+
+void TestHttpLimits::endsWhatComesBeforeABodyAndNeverEnds_data()
+{
+    QTest::addColumn<QByteArray>("beginning");
+    QTest::addColumn<QByteArray>("more");
+    const QByteArray head("HTTP/1.1 200 OK\r\n");
+    QTest::newRow("a status line") << QByteArray("HTTP/1.1 200 ") << QByteArray("OK ");
+    QTest::newRow("headers") << head << QByteArray("X-More: more\r\n");
+    QTest::newRow("a header") << head + "X-More: " << QByteArray("more ");
+    QTest::newRow("the line of a chunk") << head + "Transfer-Encoding: chunked\r\n\r\n"
+                                         << QByteArray("5;more");
+}
+
+// None of it counts as something that arrives, so that the idle time-out ends it.
+void TestHttpLimits::endsWhatComesBeforeABodyAndNeverEnds()
+{
+    constexpr int Pieces = 200;
+    QFETCH(QByteArray, beginning);
+    QFETCH(QByteArray, more);
+    std::vector<TestReply::Step> steps{beginning};
+    for (int piece = 0; piece < Pieces; ++piece) {
+        steps.emplace_back(TestReply::Wait{});
+        steps.emplace_back(more);
+    }
+    TestServer server;
+    server.route("/", TestReply(std::move(steps)));
+    int sent = 0;
+    QTimer sender;
+    connect(&sender, &QTimer::timeout, &sender, [&] {
+        server.release();
+        ++sent;
+    });
+    sender.start(50);
+    HttpRequest request;
+    request.url = server.url();
+    request.idleTimeout = 500ms;
+    const auto delegate = std::make_shared<RecordingConnectionDelegate>();
+    m_client->makeConnection(request, delegate)->start();
+    QTRY_VERIFY_WITH_TIMEOUT(delegate->hasEnded(), PatienceMs);
+    QCOMPARE(delegate->error().localizedDescription, QStringLiteral("The request timed out."));
+    QVERIFY(sent > 1);
+    QVERIFY(sent < Pieces);
 }
 
 void TestHttpLimits::failsWhenThereIsNoMemoryForTheBody_data() { addWaysToSend(); }

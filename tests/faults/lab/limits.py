@@ -46,7 +46,13 @@ BOUNDS = (
           ("tests/patcher/tst_BodyMemory.cpp reservesLittleOfWhatIsPromised",)),
     Bound("time without a byte", "60 s; a pause of the launcher's own does not count",
           ("tests/platform/tst_HttpConnection.cpp timesOutWhenNothingArrives",)),
-    Bound("redirects of one answer", "ten",
+    Bound("what comes before a body or a chunk of it: status line, headers, the line with the "
+          "chunk's size",
+          "no size, for Qt gathers it and does not tell; but 60 s, since none of it counts as a "
+          "byte",
+          (f"{LIMITS} endsWhatComesBeforeABodyAndNeverEnds",)),
+    Bound("redirects of one answer",
+          "ten; of a news page on the web engine as many as that follows",
           ("tests/platform/tst_HttpTrust.cpp givesUpOnACircleOfRedirects",)),
     Bound("rounds of `--update` that heal nothing", "three in a row; the window goes on",
           ("tests/system/test_file_faults.py test_an_update_gives_up_on_a_file_that_never_comes_"
