@@ -16,7 +16,6 @@ from lab.ground import FILE, INVALID, NO_MANIFEST, TARGET, VALID, Ground, shown
 from lab.reply import Ending, Reply
 from lab.window import FIRST_STATUS, Window, press
 from lab.wire import MANIFEST
-from stage import waiting
 
 from . import installers, news
 from .game_runs import IN_PLAY
@@ -212,17 +211,14 @@ def patching(ground: Ground, window: Window, case: Case, path: str, reply: Reply
 def installer(ground: Ground, window: Window, case: Case) -> None:
     installers.begin(ground, window, installers.VERSION)
     ground.wire.fail(installers.PATH, endless(ground))
-    assert window.launcher
-    process, most = window.launcher.process, 0
+    most = 0
 
-    def has_ended() -> bool:
+    def measure(pid: int) -> None:
         nonlocal most
-        most = max(most, peak.of_process(process.pid))
-        return process.poll() is not None
+        most = max(most, peak.of_process(pid))
 
     press(window.sees("push button", "Update"))
-    waiting.until("the launcher's end", has_ended, SECONDS)
-    case.expect("exit code", window.ended(), 0)
+    case.expect("exit code", window.ended(measure, SECONDS), 0)
     case.expect("pages opened", window.desktop.handed_to(installers.BROWSER), [installers.PAGE])
     case.expect("an installer", (ground.player.data / installers.INSTALLER).exists(), False)
     case.sees("the download page in the browser, and the launcher's end")

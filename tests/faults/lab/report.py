@@ -27,11 +27,13 @@ links ask for the settings of the player, not for what the launcher notes of fil
 "Kept" are the files that were good before and the settings; what the player saw is the status line
 of the window or the line of the log that tells.
 
-The window is felt 50 times a second, all along: a question over the accessibility bus goes to the
-thread that draws, which answers it between two events. What one of the processes on the way
-waited for a processor is taken off, as it tells of the machine; what they waited for a disk, or
-for a process that is not on the way, is not. A wait of more than 100 ms fails the run; 500 ms when
-a few cases run with all other tests, on a machine that does much else.
+The window is felt 50 times a second, from the moment it is on the accessibility bus to its end: a
+question over that bus goes to the thread that draws, which answers it between two events. What the
+one thread on the way that waited longest waited for a processor is taken off, as it tells of the
+machine; what the others waited, which may have been at the same time, is not, nor what they waited
+for a disk or for a process that is not on the way. No answer for 30 s is a wait of 30 s. A wait of
+more than 100 ms fails the run; 500 ms when a few cases run with all other tests, on a machine that
+does much else.
 
 ## What is left out
 
@@ -99,7 +101,7 @@ def _summary(cases: list[Case]) -> str:
              f"**{sum(case.files.startswith(('LOST', 'TORN')) for case in cases)}**"),
             ("cases that lost settings",
              f"**{sum(case.settings.startswith(('LOST', 'SET')) for case in cases)}**"),
-            ("crashes", f"**{kinds['Crash']}**"), ("launchers that hung", f"**{kinds['Hang']}**"),
+            ("crashes", f"**{kinds['Crash']}**"), ("launchers or windows that hung", f"**{kinds['Hang']}**"),
             ("the window let wait for more than 100 ms",
              f"**{sum(case.late for case in cases)}** of "
              f"{sum(case.questions for case in cases):,} questions; the longest {longest} ms"),

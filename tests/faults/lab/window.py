@@ -8,19 +8,19 @@ import subprocess
 import sys
 from contextlib import ExitStack
 from pathlib import Path
-from typing import Any, Optional, Sequence
+from typing import Any, Callable, Optional, Sequence
 
 from harness import isolation
 from harness.player import Player
 from stage import children, waiting
-from stage.accessibility import ROOT, Bus, Element
+from stage.accessibility import Bus, Element
 from stage.children import Services
 from stage.desktop import Desktop
 from stage.display import Display
 from stage.launcher import Launcher
 from stage.network import Network
 
-from .book import Book, Complaint, Crash, Hang
+from .book import Book, Crash, Hang
 
 ENABLED, SHOWING = 8, 25
 FIRST_STATUS = "Login"
@@ -73,9 +73,9 @@ class Window:
         a wrapper, which holds it up, its pulse tells nothing.
         """
         self.launch(wrapper)
-        button = self.sees("push button", "Play" if has_form else "Update")
         if not wrapper:
-            self._feel_pulse(button)
+            self._feel_pulse()
+        self.sees("push button", "Play" if has_form else "Update")
         if has_form:
             self.status_line = self.sees("notification", FIRST_STATUS)
             self._account = self.sees("text", "Account")
@@ -104,7 +104,9 @@ class Window:
         return found
 
     def waits_for(self, what: str, look: Any) -> Any:
-        """Waits for what has to be seen; a launcher that ends meanwhile is a complaint."""
+        """Waits for what has to be seen; raises Crash when the launcher ends meanwhile, and Hang
+        when it is not seen.
+        """
         def alive_and_seen() -> Any:
             assert self.launcher
             code = self.launcher.process.poll()
@@ -114,7 +116,7 @@ class Window:
         try:
             return waiting.until(what, alive_and_seen)
         except waiting.NotSeen as missed:
-            raise Complaint(f"{missed}; the status is {self.status()!r}") from None
+            raise Hang(f"{missed}; the status is {self.status()!r}") from None
 
     def status(self) -> str:
         return self.status_line.name() if self.status_line else ""
@@ -134,23 +136,30 @@ class Window:
         found = self.launcher.find(role, name)
         return found.text() if found else ""
 
-    def ended(self) -> int:
-        """Waits for the launcher's end by itself; the exit code."""
+    def ended(self, watch: Callable[[int], object] = bool,
+              seconds: float = waiting.PATIENCE) -> int:
+        """Waits for the launcher's end by itself and watches its process meanwhile; the exit code.
+        """
         assert self.launcher
         process = self.launcher.process
+
+        def has_ended() -> bool:
+            watch(process.pid)
+            return process.poll() is not None
+
         try:
-            code = process.wait(waiting.PATIENCE)
-        except subprocess.TimeoutExpired:
+            waiting.until("the launcher's end", has_ended, seconds)
+        except waiting.NotSeen:
             raise Hang(f"the launcher does not end; its status is {self.status()!r}") from None
         self._stop_pulse()
-        return code
+        return int(process.returncode)
 
-    def _feel_pulse(self, element: Element) -> None:
+    def _feel_pulse(self) -> None:
         assert self.launcher
         result = self._folder / f"pulse-{self._starts}.json"
         self._pulse = subprocess.Popen(
-            [sys.executable, str(PULSE), self._bus.address, element.owner, ROOT,
-             str(self.launcher.pid), str(result)], preexec_fn=isolation.die_with_parent,
+            [sys.executable, str(PULSE), self._bus.address, str(self.launcher.pid), str(result)],
+            preexec_fn=isolation.die_with_parent,
             env={**os.environ, "PYTHONDONTWRITEBYTECODE": "1"})
 
     def _stop_pulse(self) -> None:
@@ -179,8 +188,8 @@ class Window:
             case.after = "nothing to heal"
             case.expect("questions at all", beats > 0, True)
             case.questions, case.late, case.longest = beats, len(late), round(worst * 1000)
-            case.expect("a window that hangs",
-                        worst > (HANG_WHEN_BUSY if book.is_short else HANG), False)
+            if worst > (HANG_WHEN_BUSY if book.is_short else HANG):
+                raise Hang(case.saw)
 
 
 def ask(element: Element, interface: str, what: str, kinds: str = "",
