@@ -16,6 +16,7 @@ from .windows import NEWS, Desk
 
 STRIDE, SHORT_STRIDE = 2, 20
 REDIRECTS = ("302", "307", "308")
+MOST_REDIRECTS = 10
 
 
 def run(book: Book, folder: Path) -> None:
@@ -34,6 +35,8 @@ def run(book: Book, folder: Path) -> None:
     for name, body in PAGES[::5 if book.is_short else 1]:
         with book.case("news", name) as case:
             odd(ground, window, desk, case, body)
+    with book.case("news", "a page that leads to itself") as case:
+        leads_to_itself(ground, window, desk, case)
     window.writes_pulse(book, "news")
     window.close()
     ground.stop()
@@ -82,6 +85,17 @@ def odd(ground: Ground, window: Window, desk: Desk, case: Case, body: bytes) -> 
     ground.wire.fail(NEWS, Reply(body=body))
     load(ground, window)
     window.waits_for("another page, or none", lambda: shows(window) != before)
+    finish(ground, window, desk, case)
+
+
+def leads_to_itself(ground: Ground, window: Window, desk: Desk, case: Case) -> None:
+    """Ten redirects are followed; then there is no page, and nobody asks any more."""
+    begin(ground, window, desk)
+    before = ground.wire.count(NEWS)
+    ground.wire.fail(NEWS, Reply(status="302 Found", body=b"", headers=(f"Location: {NEWS}",)))
+    load(ground, window)
+    window.waits_for("no page", lambda: not shows(window))
+    case.expect("questions for one page", ground.wire.count(NEWS) - before, 1 + MOST_REDIRECTS)
     finish(ground, window, desk, case)
 
 

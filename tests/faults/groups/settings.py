@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import shutil
+import sqlite3
 from pathlib import Path
 from typing import Callable, Sequence
 
@@ -46,8 +48,8 @@ def damaged(ground: Ground, case: Case, harm: settings_damage.Harm) -> None:
     if aside:
         case.expect("the damaged bytes, kept aside", before in aside, True)
         case.settings = "damaged by the case, kept aside"
-    elif player.settings.is_dir():
-        case.settings = "a folder by the case, kept"
+    elif player.settings.exists() and not player.settings.is_file():
+        case.settings = "what the case put in their place, kept"
     else:
         case.settings = "readable, kept"
         if harm in settings_damage.HARMLESS:
@@ -132,6 +134,13 @@ def of_another_user(ground: Ground, case: Case) -> None:
     keeps_all(ground, case, INVALID, wrapper=AS_NOBODY, undo=lambda: os.chown(own, 0, 0))
 
 
+def held(ground: Ground, case: Case) -> None:
+    """Another program keeps the settings to itself for as long as the run takes."""
+    player = ground.fresh()
+    with contextlib.closing(sqlite3.connect(player.settings, isolation_level=None)) as holder:
+        holder.execute("BEGIN EXCLUSIVE")
+        keeps_all(ground, case, VALID, undo=lambda: holder.execute("ROLLBACK"))
+
 
 def read_only(place: Callable[[Ground], Path]) -> Callable[[Ground, Case], None]:
     def check(ground: Ground, case: Case) -> None:
@@ -178,6 +187,7 @@ MACHINES: tuple[tuple[str, Callable[[Ground, Case], None]], ...] = (
     ("files of at most 16 kB", limited(16_384, VALID, INVALID)),
     ("at most 24 open files", few_files),
     ("files and settings of another user", of_another_user),
+    ("settings that another program holds", held),
     ("settings that may only be read", read_only(lambda ground: ground.player.settings)),
     ("a folder of settings that may only be read",
      read_only(lambda ground: ground.player.settings.parent)),

@@ -52,6 +52,11 @@ def a_folder(path: Path) -> None:
     path.mkdir()
 
 
+def a_pipe(path: Path) -> None:
+    path.unlink()
+    os.mkfifo(path)
+
+
 def a_stale_journal(path: Path) -> None:
     path.with_name(path.name + "-journal").write_bytes(b"")
 
@@ -92,6 +97,7 @@ DAMAGES: tuple[tuple[str, Harm], ...] = (
     ("settings in another journal mode", sql("PRAGMA journal_mode=WAL")),
     ("settings of a later version", sql("PRAGMA user_version=99; CREATE TABLE more (x)")),
     ("a folder in the place of the settings", a_folder),
+    ("a pipe in the place of the settings", a_pipe),
     ("an empty journal beside the settings", a_stale_journal),
     ("a journal of noise beside the settings", a_journal_of_noise),
     ("settings readable for all", readable_for_all),
