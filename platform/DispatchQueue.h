@@ -16,9 +16,7 @@ public:
     using Block = std::function<void()>;
 
     // High runs what may wait for the network, a disk or the game and so has threads to spare;
-    // Utility computes on as many threads as there are cores; Background has one thread. Who is
-    // waited for goes first: Utility leaves the processors to the window, the network and High,
-    // Background to them all.
+    // Utility computes on as many threads as there are cores; Background has one thread.
     enum class QualityOfService { High, Utility, Background };
 
     virtual ~DispatchQueue() = default;

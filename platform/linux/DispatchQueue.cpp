@@ -12,9 +12,6 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <tuple>
-
-#include <unistd.h>
 
 using QualityOfService = DispatchQueue::QualityOfService;
 
@@ -39,11 +36,11 @@ public:
             break;
         case QualityOfService::Utility:
             m_threads.setMaxThreadCount(QThread::idealThreadCount());
-            m_niceness = 5;
+            m_threads.setThreadPriority(QThread::LowPriority);
             break;
         case QualityOfService::Background:
             m_threads.setMaxThreadCount(1);
-            m_niceness = 10;
+            m_threads.setThreadPriority(QThread::LowestPriority);
             break;
         }
     }
@@ -80,8 +77,7 @@ public:
 private:
     void runNext()
     {
-        if (!std::exchange(s_current, this))
-            std::ignore = nice(m_niceness); // of this thread alone
+        s_current = this;
         std::unique_lock lock(m_mutex);
         DispatchQueue::Block block = std::move(m_blocks.front());
         m_blocks.pop_front();
@@ -96,7 +92,6 @@ private:
     static thread_local Pool *s_current;
 
     QThreadPool m_threads;
-    int m_niceness = 0; // of its threads; to Linux Qt's priorities are all the same
     std::mutex m_mutex; // guards everything below
     std::condition_variable m_changed;
     std::deque<DispatchQueue::Block> m_blocks;

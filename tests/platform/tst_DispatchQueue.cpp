@@ -11,9 +11,6 @@
 #include <thread>
 #include <vector>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 using QualityOfService = DispatchQueue::QualityOfService;
 
 class TestDispatchQueue : public QObject
@@ -31,8 +28,6 @@ private slots:
     void runsBlocksOfAConcurrentQueueAtOnce_data();
     void runsBlocksOfAConcurrentQueueAtOnce();
     void keepsOneLevelFromHoldingAnother();
-    void letsWhatIsWaitedForGoFirst_data();
-    void letsWhatIsWaitedForGoFirst();
     void startsBackgroundBlocksOneByOneInOrder();
     void runsTheMainQueueInOrderOnTheMainThreadLater();
     void knowsLabelAndKind();
@@ -246,37 +241,6 @@ void TestDispatchQueue::keepsOneLevelFromHoldingAnother()
     QCOMPARE(ended.load(), 0);
     raise(hold, held);
     QVERIFY(waitFor(done, held));
-}
-
-void TestDispatchQueue::letsWhatIsWaitedForGoFirst_data()
-{
-    QTest::addColumn<std::shared_ptr<DispatchQueue>>("queue");
-    QTest::addColumn<int>("nicer");
-    QTest::newRow("high") << DispatchQueue::global(QualityOfService::High) << 0;
-    QTest::newRow("utility") << DispatchQueue::global(QualityOfService::Utility) << 5;
-    QTest::newRow("a serial queue") << DispatchQueue::makeSerial(QStringLiteral("s")) << 5;
-    QTest::newRow("background") << DispatchQueue::global(QualityOfService::Background) << 10;
-}
-
-void TestDispatchQueue::letsWhatIsWaitedForGoFirst()
-{
-    QFETCH(std::shared_ptr<DispatchQueue>, queue);
-    QFETCH(int, nicer);
-    constexpr int nicest = 19;
-    const auto ofThisThread = [] { return getpriority(PRIO_PROCESS, id_t(gettid())); };
-    const int own = ofThisThread();
-    // More than once, for a thread is used again.
-    for (int block = 0; block < 20; ++block) {
-        int found = own;
-        Signal done;
-        queue->async([&] {
-            found = ofThisThread();
-            done.raise();
-        });
-        QVERIFY(done.wait());
-        QCOMPARE(found, std::min(own + nicer, nicest));
-    }
-    QCOMPARE(ofThisThread(), own);
 }
 
 void TestDispatchQueue::startsBackgroundBlocksOneByOneInOrder()
