@@ -9,7 +9,8 @@
 namespace SystemLog {
 
 // Writes `text` as one line. Line breaks and other control characters are written as escapes, so
-// that a text from outside cannot forge a line; what looks like a secret is taken out.
+// that a text from outside cannot forge a line; what looks like a secret is taken out, and of a
+// long text the first 4,000 characters are written.
 void write(const QString &text);
 
 // From now on each line also goes to this file, which never grows beyond 1 MB: it is then set aside

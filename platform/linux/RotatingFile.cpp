@@ -15,12 +15,19 @@ namespace {
 
 constexpr mode_t OwnerOnly = 0600;
 
-// The folders as private as their contents.
+// With those above it, as private as their contents.
+void createFolder(const QString &path)
+{
+    constexpr mode_t ownersFolder = 0700;
+    if (path.isEmpty() || QFileInfo::exists(path))
+        return;
+    createFolder(QFileInfo(path).path());
+    mkdir(QFile::encodeName(path).constData(), ownersFolder);
+}
+
 void createFolderOf(const QByteArray &path)
 {
-    const mode_t before = umask(0077);
-    QDir().mkpath(QFileInfo(QFile::decodeName(path)).path());
-    umask(before);
+    createFolder(QFileInfo(QFile::decodeName(path)).path());
 }
 
 } // namespace

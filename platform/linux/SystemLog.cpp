@@ -16,6 +16,11 @@ namespace SystemLog {
 
 namespace {
 
+// What is looked at of a text, and what is written of a line, in characters. Texts may come from
+// outside, with names of megabytes.
+constexpr qsizetype LongestText = 65'536;
+constexpr qsizetype LongestLine = 4'000;
+
 std::mutex logMutex;
 
 Observer &observer()
@@ -49,7 +54,7 @@ const QRegularExpression &namedSecret()
 {
     static const QRegularExpression pattern = ignoringCase(
         QStringLiteral(R"(((?:password|passwd|token|cookie|authorization)["'\\]*\s*[=:]\s*))"
-                       R"((\\".*?(?:\\"|$)|"(?:[^"\\]|\\.)*"?|'[^']*'?|[^\s&]+))"));
+                       R"((\\".*?(?:\\"|$)|"(?:[^"\\]++|\\.)*+"?|'[^']*+'?|[^\s&]+))"));
     return pattern;
 }
 
@@ -58,6 +63,11 @@ const QRegularExpression &accountInUrl()
     static const QRegularExpression pattern =
         ignoringCase(QStringLiteral(R"((\b[a-z][a-z0-9+.-]*://)[^\s/]+@)"));
     return pattern;
+}
+
+QString shortened(const QString &line)
+{
+    return line.size() <= LongestLine ? line : line.first(LongestLine) + QStringLiteral("...");
 }
 
 bool endsLinesOrControls(QChar c)
@@ -102,7 +112,7 @@ void setFile(const QString &path)
 
 void write(const QString &text)
 {
-    const QString line = withoutSecrets(onOneLine(text));
+    const QString line = shortened(withoutSecrets(onOneLine(text.left(LongestText))));
     const QByteArray bytes = line.toUtf8();
     const QByteArray time =
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")).toLatin1();

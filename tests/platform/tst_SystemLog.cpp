@@ -24,7 +24,9 @@ private slots:
     void givesBackTheObserverItReplaces();
     void takesSecretsOut_data();
     void takesSecretsOut();
+    void takesLongSecretsOut();
     void writesNoSecretAnywhere();
+    void cutsLongTexts();
     void writesToItsFileTooUntilThatEnds();
 };
 
@@ -170,6 +172,30 @@ void TestSystemLog::takesSecretsOut()
 {
     QFETCH(QString, line);
     QTEST(SystemLog::withoutSecrets(line), "kept");
+}
+
+void TestSystemLog::takesLongSecretsOut()
+{
+    const QString longOne = QStringLiteral("s3cret ").repeated(100'000);
+    for (const char *line : {"password=\"%1\" token=s3cret", "password=\"%1 token=s3cret",
+                             "password='%1' token=s3cret", "{\\\"password\\\": \\\"%1\\\"}"}) {
+        const QString kept = SystemLog::withoutSecrets(QString::fromLatin1(line).arg(longOne));
+        QVERIFY2(!kept.contains(QStringLiteral("s3cret")), qPrintable(kept.right(100)));
+    }
+}
+
+void TestSystemLog::cutsLongTexts()
+{
+    const LogCapture log;
+    const QString text = QStringLiteral("password=s3cret ").repeated(1000);
+    SystemLog::write(text.left(2000));
+    SystemLog::write(text);
+    SystemLog::write(text.repeated(1000));
+    QList<qsizetype> sizes;
+    for (const QString &line : log.lines())
+        sizes += line.size();
+    QCOMPARE(sizes, QList<qsizetype>({2375, 4003, 4003}));
+    QVERIFY(!log.lines().join(QString()).contains(QStringLiteral("s3cret")));
 }
 
 void TestSystemLog::writesNoSecretAnywhere()
