@@ -8,6 +8,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr qsizetype LongestPage = 500'000; // of what is read at all
+constexpr qsizetype LongestLink = 2'000;
 constexpr qsizetype Budget = 20'000;
 // What a paragraph, a line end and a rule cost beside their letters, and what words between two
 // tags do.
@@ -141,7 +143,8 @@ public:
         case Meaning::Link:
             if (!tag.isEnd && m_endsWithLink) // a style kept them apart
                 addText(u" ");
-            m_link = tag.isEnd ? QString() : tag.attribute(u"href").replace(u'"', u"&quot;"_s);
+            m_link = tag.isEnd ? QString() : tag.attribute(u"href");
+            m_link = m_link.size() > LongestLink ? QString() : m_link.replace(u'"', u"&quot;"_s);
             return;
         case Meaning::Unseen:
             return;
@@ -294,15 +297,16 @@ qsizetype takeMarkup(QStringView html, qsizetype at, Writer &writer)
 
 } // namespace
 
-QString simpleNews(const QString &html)
+QString simpleNews(const QString &page)
 {
+    const QStringView html = QStringView(page).left(LongestPage);
     Writer writer;
     qsizetype at = 0;
     while (at < html.size() && !writer.isFull()) {
         const qsizetype bracket = html.indexOf(u'<', at);
         const qsizetype end = bracket < 0 ? html.size() : bracket;
-        writer.addText(QStringView(html).sliced(at, end - at));
+        writer.addText(html.sliced(at, end - at));
         at = bracket < 0 ? end : takeMarkup(html, bracket, writer);
     }
-    return writer.finish(at == html.size());
+    return writer.finish(at == page.size());
 }

@@ -14,6 +14,7 @@ private slots:
     void keepsWhatIsSaid();
     void isShortWhateverCame_data();
     void isShortWhateverCame();
+    void dropsALongLink();
     void saysThatThereIsMore();
     void letsLongWordsBreak();
 };
@@ -110,8 +111,18 @@ void TestNewsText::isShortWhateverCame()
     constexpr qsizetype FourMegabytes = 4'000'000;
     constexpr qsizetype Most = 250'000;
     QFETCH(QString, unit);
-    const QString text = simpleNews(unit.repeated(FourMegabytes / unit.size()));
-    QVERIFY2(text.size() < Most, qPrintable(QString::number(text.size())));
+    for (const QString &begin : {u""_s, u"<a href='"_s}) {
+        const QString page = begin + unit.repeated(FourMegabytes / unit.size());
+        const QString text = simpleNews(page + u"'>Fog"_s);
+        QVERIFY2(text.size() < Most, qPrintable(QString::number(text.size())));
+    }
+}
+
+void TestNewsText::dropsALongLink()
+{
+    const auto linkOf = [](qsizetype size) { return u"<a href='"_s + u"\""_s.repeated(size); };
+    QCOMPARE(simpleNews(linkOf(2001) + u"'>Fog</a>"_s), u"<p>Fog</p>"_s);
+    QCOMPARE(simpleNews(linkOf(2) + u"'>Fog</a>"_s), u"<p><a href=\"&quot;&quot;\">Fog</a></p>"_s);
 }
 
 void TestNewsText::saysThatThereIsMore()

@@ -62,6 +62,7 @@ private slots:
     void textPageTrustsNobodyElse();
     void textPageAsksBeforeItFollowsALink();
     void textPageAsksBeforeItFollowsARedirect();
+    void textPageGivesUpOnACircleOfRedirects();
     void textPageFetchesNothingThatIsNotAllowed();
     void textPageIsEmptyAfterAFailure();
     void textPageLaysOutWhateverComesAtOnce_data();
@@ -244,6 +245,18 @@ void TestNewsView::textPageAsksBeforeItFollowsARedirect()
     QCOMPARE(server.requestCount("/elsewhere"), 0);
 }
 
+void TestNewsView::textPageGivesUpOnACircleOfRedirects()
+{
+    TestServer server;
+    server.route("/launcher/", html("<p>News</p>"));
+    TextView view(server);
+    QTRY_COMPARE(view.text(), QStringLiteral("News"));
+    server.route("/launcher/", TestReply::redirect(server.url("/launcher/")));
+    view.view.load(server.url("/launcher/"));
+    QTRY_COMPARE(view.text(), QString());
+    QVERIFY(server.requestCount("/launcher/") < 20);
+}
+
 void TestNewsView::textPageFetchesNothingThatIsNotAllowed()
 {
     TestServer server;
@@ -276,7 +289,7 @@ void TestNewsView::textPageLaysOutWhateverComesAtOnce_data()
         << QByteArray("<table><tr><td>").repeated(200) + QByteArray("<td>deep").repeated(1000);
     QTest::newRow("cells of many columns")
         << "<table>" + QByteArray("<tr><td colspan=1000 rowspan=1000>deep").repeated(1000);
-    QTest::newRow("lists in lists") << QByteArray("<ul><li>").repeated(100'000) + "deep";
+    QTest::newRow("lists in lists") << QByteArray("<ul><li>").repeated(50'000) + "deep";
     QTest::newRow("a long word") << QByteArray("deep").repeated(1'000'000);
     QTest::newRow("many links") << QByteArray("<b><i><a href=x>deep</a>").repeated(100'000);
 }
@@ -289,11 +302,14 @@ void TestNewsView::textPageLaysOutWhateverComesAtOnce()
     const TextView view(server);
     QElapsedTimer clock;
     qint64 longest = 0; // between two rounds of events
-    while (!view.text().contains(QStringLiteral("deep"))) {
+    QElapsedTimer whole;
+    whole.start();
+    while (!view.text().contains(QStringLiteral("deep")) && whole.elapsed() < 30'000) {
         clock.start();
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         longest = std::max(longest, clock.elapsed());
     }
+    QVERIFY(view.text().contains(QStringLiteral("deep")));
     QVERIFY2(longest < 2000, qPrintable(QString::number(longest)));
 }
 
