@@ -11,7 +11,7 @@
 #include <functional>
 #include <mutex>
 #include <new>
-#include <system_error>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -69,7 +69,7 @@ public:
     // Nothing when any block is not what it should be.
     std::optional<QByteArray> decode()
     {
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         QByteArray output;
         while (true) {
             if (takeReadyBlocks(output))
@@ -79,8 +79,7 @@ public:
             if (!tryDecodeOne())
                 waitForNextBlock();
         }
-        for (std::thread &thread : threads)
-            thread.join();
+        threads.clear(); // once they have ended
         if (m_hasFailed)
             return std::nullopt;
         return output;
@@ -89,7 +88,7 @@ public:
 private:
     static constexpr size_t BlocksAheadPerThread = 3;
 
-    void addHelper(std::vector<std::thread> &threads)
+    void addHelper(std::vector<std::jthread> &threads)
     {
         try {
             threads.emplace_back([this] {
@@ -98,7 +97,7 @@ private:
                 m_around.leave();
             });
             m_threadCount = threads.size() + 1;
-        } catch (const std::system_error &) { // no more threads for this user
+        } catch (const std::exception &) { // no thread or no memory left
             m_around.leave();
         }
     }

@@ -12,8 +12,9 @@
 class LargeContentsTurn
 {
 public:
-    // Contents of more than this, in bytes, take a turn.
-    static constexpr qint64 Large = 256LL * 1024 * 1024;
+    // Contents of more than this, in bytes, take a turn: 256 MB, less where there are many
+    // processors for little memory.
+    [[nodiscard]] static qint64 large();
 
     // To be called before the contents grow to `size` bytes: waits, if that is large, while other
     // large contents are held anywhere in the process. At once when this turn has begun before.

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <system_error>
+#include <stdexcept>
 #include <thread>
 
 #include <unistd.h>
@@ -104,7 +104,7 @@ bool readPieces(int file, off_t size, const Take &take)
         std::jthread reader;
         try {
             reader = std::jthread([&belt, file] { belt.readAllFrom(file); });
-        } catch (const std::system_error &) { // no more threads for this user
+        } catch (const std::exception &) { // no thread or no memory left
             return readOnOneThread(file, take);
         }
         return belt.takeAll(take);

@@ -1,5 +1,6 @@
 #include "CompressBzip2.h"
 #include "FatalCheck.h"
+#include "Restrictions.h"
 #include "TestMain.h"
 #include "UnpackBzip2.h"
 
@@ -53,6 +54,7 @@ private slots:
     void agreesWithTheLibraryForEveryChangedByte();
     void agreesWithTheLibraryForNoise_data();
     void agreesWithTheLibraryForNoise();
+    void decodesWithoutHelpersWhenThereAreNoThreads();
     void restoresAnExpansionOfAMillionfold();
     void refusesWhatDoesNotFitInMemory();
 };
@@ -175,6 +177,16 @@ void TestBzip2::agreesWithTheLibraryForNoise()
             different += seed;
     }
     QCOMPARE(different, QList<unsigned>());
+}
+
+void TestBzip2::decodesWithoutHelpersWhenThereAreNoThreads()
+{
+    constexpr int FourThreads = 4;
+    const QByteArray contents = text(1'000'000, 1);
+    const QByteArray stream = compressBzip2(contents, 1);
+    const WithoutNewThreads restriction;
+    QVERIFY(decompressBzip2(stream, FourThreads) == contents);
+    QVERIFY(unpackBzip2(stream) == contents);
 }
 
 void TestBzip2::restoresAnExpansionOfAMillionfold()

@@ -57,12 +57,12 @@ private slots:
 void TestLargeContentsTurn::lastsFromTheFirstLargeSizeToItsEnd()
 {
     std::optional<LargeContentsTurn> turn(std::in_place);
-    turn->waitToHold(LargeContentsTurn::Large);
-    QVERIFY(Holder(LargeContentsTurn::Large + 1).mayHold());
-    turn->waitToHold(LargeContentsTurn::Large + 1);
-    turn->waitToHold(LargeContentsTurn::Large + 2);
-    QVERIFY(Holder(LargeContentsTurn::Large).mayHold());
-    Holder other(LargeContentsTurn::Large + 1);
+    turn->waitToHold(LargeContentsTurn::large());
+    QVERIFY(Holder(LargeContentsTurn::large() + 1).mayHold());
+    turn->waitToHold(LargeContentsTurn::large() + 1);
+    turn->waitToHold(LargeContentsTurn::large() + 2);
+    QVERIFY(Holder(LargeContentsTurn::large()).mayHold());
+    Holder other(LargeContentsTurn::large() + 1);
     const bool isSharing = other.mayHold(AWhile);
     turn.reset();
     QVERIFY(!isSharing);
@@ -72,13 +72,13 @@ void TestLargeContentsTurn::lastsFromTheFirstLargeSizeToItsEnd()
 void TestLargeContentsTurn::isTakenForLargeContentsUntilTheyAreWritten_data()
 {
     constexpr qint64 SomeLarge = 300'000'000;
-    static_assert(SomeLarge > LargeContentsTurn::Large);
+    constexpr qint64 SomeLess = 20'000'000;
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<bool>("isTaken");
     QTest::newRow("large, decoded block by block") << compressedNuls(SomeLarge) << true;
     QTest::newRow("large, decoded as one piece") << compressedNuls(SomeLarge) + '\n' << true;
-    QTest::newRow("less, decoded block by block") << compressedNuls(200'000'000) << false;
-    QTest::newRow("less, decoded as one piece") << compressedNuls(200'000'000) + '\n' << false;
+    QTest::newRow("less, decoded block by block") << compressedNuls(SomeLess) << false;
+    QTest::newRow("less, decoded as one piece") << compressedNuls(SomeLess) + '\n' << false;
 }
 
 void TestLargeContentsTurn::isTakenForLargeContentsUntilTheyAreWritten()
@@ -90,7 +90,7 @@ void TestLargeContentsTurn::isTakenForLargeContentsUntilTheyAreWritten()
     const TestEngine engine;
     const auto files = engine.enqueue({u"a"_s});
     files[0]->onWrite = [&other, &isSharing, isTaken] {
-        other.emplace(LargeContentsTurn::Large + 1);
+        other.emplace(LargeContentsTurn::large() + 1);
         isSharing = other->mayHold(isTaken ? AWhile : 60s);
     };
     engine.patcher->start();

@@ -6,6 +6,7 @@
 #include "platform/linux/PieceReader.h"
 
 #include <QFileInfo>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <fcntl.h>
@@ -36,6 +37,7 @@ private slots:
     void neverWaitsForWhatIsToBeRead();
     void readsAFileInOrder_data();
     void readsAFileInOrder();
+    void readsALargeFileWithoutAnotherThread();
     void failsToReadPieces_data();
     void failsToReadPieces();
     void readsOnlyRegularFiles_data();
@@ -236,6 +238,21 @@ void TestFileSystem::readsAFileInOrder()
     const TestFolder folder;
     folder.write(QStringLiteral("file"), bytes);
     QVERIFY(readInPieces(folder.path(QStringLiteral("file"))) == bytes);
+}
+
+void TestFileSystem::readsALargeFileWithoutAnotherThread()
+{
+    const QByteArray bytes = QByteArray("quellmoor").repeated(300'000);
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    QCOMPARE(file.write(bytes), bytes.size());
+    QVERIFY(file.flush() && lseek(file.handle(), 0, SEEK_SET) == 0);
+    QByteArray read;
+    const WithoutNewThreads restriction;
+    QVERIFY(readPieces(file.handle(), bytes.size(), [&read](const char *piece, size_t count) {
+        read.append(piece, qsizetype(count));
+    }));
+    QVERIFY(read == bytes);
 }
 
 void TestFileSystem::failsToReadPieces_data()

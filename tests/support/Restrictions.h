@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 // While one lives, this thread touches files as an ordinary user, also when root runs the tests.
 class WithoutPrivileges
@@ -28,4 +29,18 @@ public:
 private:
     rlimit m_before{};
     void (*m_handler)(int);
+};
+
+// While one lives, this thread can start no other, also when root runs the tests.
+class WithoutNewThreads
+{
+public:
+    WithoutNewThreads();
+    ~WithoutNewThreads();
+    WithoutNewThreads(const WithoutNewThreads &) = delete;
+    WithoutNewThreads &operator=(const WithoutNewThreads &) = delete;
+
+private:
+    const uid_t m_user = getuid();
+    rlimit m_before{};
 };
