@@ -1,3 +1,4 @@
+#include "RecordingConnectionDelegate.h"
 #include "TestMain.h"
 #include "TestServer.h"
 #include "platform/DispatchQueue.h"
@@ -27,6 +28,8 @@ private slots:
     void completesASentRequestOnTheMainThread();
     void completesARequestWithAnInvalidUrlOnTheMainThread();
     void completesWithTheErrorWhenNobodyListens();
+
+    void holdsNoConnectionForAPauseThatNobodyCarriesOut();
 
 private:
     std::unique_ptr<HttpClient> m_client;
@@ -179,6 +182,18 @@ void TestHttpClient::completesWithTheErrorWhenNobodyListens()
     const Completed completed = sendFromWorker(*m_client, url);
     QVERIFY(!completed.body);
     QVERIFY(completed.error && completed.error->code != 0);
+}
+
+void TestHttpClient::holdsNoConnectionForAPauseThatNobodyCarriesOut()
+{
+    HttpRequest request;
+    request.url = QUrl(QStringLiteral("https://localhost/"));
+    auto connection =
+        m_client->makeConnection(request, std::make_shared<RecordingConnectionDelegate>());
+    const std::weak_ptr<HttpConnection> observed = connection;
+    std::thread([connection] { connection->setPaused(true); }).join();
+    connection.reset();
+    QVERIFY(observed.expired());
 }
 
 QUELLMOOR_TEST(TestHttpClient, "HttpClient")

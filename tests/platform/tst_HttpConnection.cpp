@@ -38,7 +38,6 @@ private slots:
     void keepsTheEndBackWhilePaused();
     void canBePausedBeforeItStarts();
     void canBePausedByAnotherThread();
-    void isNotHeldByAPauseThatNobodyCarriesOut();
     void canBePausedByItsDelegateAtTheResponse_data();
     void canBePausedByItsDelegateAtTheResponse();
     void speaksOnTheMainThreadForAThreadWithoutEventLoop();
@@ -425,16 +424,6 @@ void TestHttpConnection::canBePausedByAnotherThread()
     std::thread([connection] { connection->setPaused(false); }).join();
     QTRY_VERIFY_WITH_TIMEOUT(delegate->hasEnded(), Limit);
     QCOMPARE(delegate->data(), QByteArray("firstsecond"));
-}
-
-void TestHttpConnection::isNotHeldByAPauseThatNobodyCarriesOut()
-{
-    auto connection = makeConnection(get(QUrl(QStringLiteral("https://localhost/"))),
-                                     std::make_shared<RecordingConnectionDelegate>());
-    const std::weak_ptr<HttpConnection> observed = connection;
-    std::thread([connection] { connection->setPaused(true); }).join();
-    connection.reset();
-    QVERIFY(observed.expired());
 }
 
 void TestHttpConnection::canBePausedByItsDelegateAtTheResponse_data()
