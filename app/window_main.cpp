@@ -4,6 +4,7 @@
 #include "app/SingleInstance.h"
 #include "app/Translations.h"
 #include "app/WindowApplication.h"
+#include "platform/DispatchQueue.h"
 #include "platform/HeadStart.h"
 #include "platform/Memory.h"
 #include "platform/SharedApplication.h"
@@ -30,19 +31,22 @@ int main(int argc, char **argv)
     });
     QApplication application(argc, argv); // takes its own words out of argv
     meanwhile.join();
-    const std::jthread desktop(HeadStart::meetDesktop);
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {
         std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
         return Application::UsageMistake;
     }
+    DispatchQueue::global(DispatchQueue::QualityOfService::High)->async([] {
+        const DispatchQueue::OutsideWait nothingIsLost; // a bus may hold it for ever
+        HeadStart::meetDesktop();
+    });
     Application::name();
     QApplication::setFont(Typography::text(15)); // the desktop's own is never seen
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
     const Translations translations(QLocale::system().uiLanguages());
 
     if (!instance.claim())
-        return 0;
+        return Application::end(0);
     SystemLog::setFile(Configuration::logFile());
     const auto sharedApplication = makeSharedApplication();
     AppDelegate appDelegate(*sharedApplication);

@@ -46,9 +46,16 @@ void ViewController::viewDidLoad()
     m_launcherView.setDelegate(this);
     if (auto *window = qobject_cast<CustomWindow *>(m_launcherView.window()))
         window->center();
-    watchNetwork();
-    DispatchQueue::global(QualityOfService::Background)->async([self = shared_from_this()] {
-        self->cleanUpOldDMGFiles();
+    m_reachabilityObserver = NotificationCenter::defaultCenter().addObserver(
+        Reachability::ChangedNotification, [this](const void *) { checkNetworkStatus(); });
+    m_services.reachability.whenReady([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self || self->m_hasDisappeared)
+            return;
+        self->watchNetwork();
+        DispatchQueue::global(QualityOfService::Background)->async([self] {
+            self->cleanUpOldDMGFiles();
+        });
     });
 }
 
@@ -84,8 +91,6 @@ void ViewController::viewWillDisappear()
 // The whole login URL stands where a host's name belongs; it is kept so.
 void ViewController::watchNetwork()
 {
-    m_reachabilityObserver = NotificationCenter::defaultCenter().addObserver(
-        Reachability::ChangedNotification, [this](const void *) { checkNetworkStatus(); });
     m_hostReachability = Reachability::reachabilityWithHostName(
         m_services.reachability, m_services.configuration.loginUrl());
     if (!m_hostReachability)

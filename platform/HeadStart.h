@@ -10,7 +10,7 @@ void readFonts();
 
 // Connects to the session's message bus, which accessibility needs, and lists for the application
 // the fonts that were read. Any thread, once the application object is there; who needs one of them
-// meanwhile waits for it.
+// meanwhile waits for it. A bus that is silent holds it for ever.
 void meetDesktop();
 
 } // namespace HeadStart

@@ -30,11 +30,15 @@ public:
     virtual void unschedule() = 0;
 };
 
-// Makes sources. Each answer is null when the system has none for that target.
+// Makes sources. Each answer is null when the system has none for that target. Main thread only.
 class ReachabilityService
 {
 public:
     virtual ~ReachabilityService() = default;
+    // Calls once, when it is known who tells of the network: at once or from the event loop, about
+    // a second later at most; not at all when the service is gone by then. Sources are made from
+    // then on. May be called once.
+    virtual void whenReady(std::function<void()> then) = 0;
     virtual std::unique_ptr<ReachabilitySource> sourceForName(const QString &name) = 0;
     // A numeric address; "0.0.0.0" stands for the internet as a whole.
     virtual std::unique_ptr<ReachabilitySource> sourceForAddress(const QString &address) = 0;

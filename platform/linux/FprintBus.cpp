@@ -1,5 +1,7 @@
 #include "platform/linux/FprintBus.h"
 
+#include "platform/linux/SystemBus.h"
+
 #include <QDBusError>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
@@ -55,6 +57,8 @@ bool FprintBus::open()
 {
     if (m_connection)
         return true;
+    if (!SystemBus::answers())
+        return false;
     m_connection = QDBusConnection::connectToBus(QDBusConnection::SystemBus, nextConnectionName());
     m_connection->connect(QString(), LocalPath, LocalInterface, QStringLiteral("Disconnected"),
                           this, SLOT(connectionLost()));

@@ -11,8 +11,8 @@
 
 // A connection of its own to the system bus, and the fingerprint daemon on it. A connection of its
 // own, because closing it makes the daemon free a reader that was claimed over it. Lives on one
-// thread, which must not be the main one: whatever touches Qt's bus waits for as long as anything
-// in the process connects to a bus that hangs. The daemon itself is never waited for.
+// thread, which must not be the main one: it waits for the bus to answer. The daemon itself is
+// never waited for.
 class FprintBus : public QObject
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
     // Closes the connection after what was sent.
     ~FprintBus() override;
 
-    // Connects unless it is connected. Returns whether it now is.
+    // Connects unless it is connected or the bus is silent. Returns whether it now is.
     bool open();
 
     // The others need an open connection.

@@ -41,6 +41,8 @@ private slots:
     void runsTheCompletionAfterTheCheckOnTheMainThread();
     void asksAgainEachTimeTheNetworkReturnsWhenItWasAwayAtTheStart();
     void neverAsksAgainWhenTheNetworkWasThereAtTheStart();
+    void goesByTheNetworkAsItIsWhenTheSystemCanTell();
+    void watchesNothingWhenTheSystemCanTellAfterItsEnd();
     void hearsNothingOfTheNetworkAfterItsEnd();
     void watchesTheLoginUrl();
     void goesOnWithoutASourceForTheNetwork();
@@ -314,6 +316,33 @@ void TestStartUp::neverAsksAgainWhenTheNetworkWasThereAtTheStart()
     m_world->network.changeTo(ReachabilitySource::Reachable);
     QVERIFY(DispatchQueue::drain(20000));
     QCOMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+}
+
+void TestStartUp::goesByTheNetworkAsItIsWhenTheSystemCanTell()
+{
+    m_world->network.isReadyAtOnce = false;
+    m_world->network.flags = 0;
+    m_world->publish({});
+    m_world->start();
+    QTRY_COMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+    QCOMPARE(m_world->network.asked, QString());
+
+    m_world->network.flags = ReachabilitySource::Reachable;
+    m_world->network.ready();
+    QVERIFY(m_world->network.isScheduled);
+    m_world->network.changeTo(0);
+    m_world->network.changeTo(ReachabilitySource::Reachable);
+    QVERIFY(DispatchQueue::drain(20000));
+    QCOMPARE(m_world->requestCount("/mac/patcher.json"), 1);
+}
+
+void TestStartUp::watchesNothingWhenTheSystemCanTellAfterItsEnd()
+{
+    m_world->network.isReadyAtOnce = false;
+    m_world->start();
+    m_world->controller->viewWillDisappear();
+    m_world->network.ready();
+    QCOMPARE(m_world->network.asked, QString());
 }
 
 void TestStartUp::hearsNothingOfTheNetworkAfterItsEnd()

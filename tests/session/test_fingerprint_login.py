@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import contextlib
+import socket
 import stat
 import sys
 import tempfile
@@ -201,6 +202,20 @@ class FingerprintLogin(unittest.TestCase):
         with self.stage.system.frozen_daemon(), self.remembering_launcher():
             self.play_asks_for_an_account()
             self.logs_in_without_an_offer()
+
+    def test_appears_and_closes_while_the_system_bus_hangs(self) -> None:
+        """It lets everybody in and never says a word."""
+        path = self.stage.folder / "silent bus"
+        bus = socket.socket(socket.AF_UNIX)
+        self.addCleanup(path.unlink)
+        self.addCleanup(bus.close)
+        bus.bind(str(path))
+        bus.listen(64)
+        launcher = self.stage.start_launcher(more={"DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={path}"})
+        self.addCleanup(launcher.end)
+        self.player.sees("text", "Account")
+        self.player.clicks_button("Close")
+        self.assertEqual(launcher.ended(), 0)
 
     def test_neither_offers_nor_asks_without_a_daemon(self) -> None:
         self.stage.system.kill_daemon()

@@ -13,6 +13,9 @@ public:
     bool canSetCallback = true;
     bool canSchedule = true;
     bool isScheduled = false;
+    bool isReadyAtOnce = true;
+    // What waits for the service when it is not.
+    std::function<void()> ready;
     std::function<void()> callback;
     // What was asked for last: "name <name>" or "address <address>".
     QString asked;
@@ -25,6 +28,13 @@ public:
             callback();
     }
 
+    void whenReady(std::function<void()> then) override
+    {
+        if (isReadyAtOnce)
+            then();
+        else
+            ready = std::move(then);
+    }
     std::unique_ptr<ReachabilitySource> sourceForName(const QString &name) override
     {
         return make(QStringLiteral("name ") + name);

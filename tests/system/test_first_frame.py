@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import socket
+import subprocess
 from pathlib import Path
 from typing import Mapping, Optional
 
@@ -47,6 +48,47 @@ class BeforeAnythingElse(case.SystemTest):
         self.frame.go_on()
         awaited = WEB_ENGINE if WEB_PLUGIN.exists() else "libQt6Widgets"
         self.assertTrue(comes_true(lambda: awaited in self.frame.loaded()))
+
+
+class WithSilentBuses(case.SystemTest):
+    """Both of D-Bus's buses let everybody in and never say a word."""
+
+    @classmethod
+    def make_game(cls) -> None:
+        """None is needed."""
+
+    @classmethod
+    def trees(cls) -> Mapping[Optional[str], Path]:
+        return {}
+
+    def setUp(self) -> None:
+        super().setUp()
+        self.buses = {f"DBUS_{bus.upper()}_BUS_ADDRESS": f"unix:path={self._silent(bus)}"
+                      for bus in ("system", "session")}
+
+    def _silent(self, name: str) -> Path:
+        path = self.player.root / name
+        bus = socket.socket(socket.AF_UNIX)
+        self.addCleanup(bus.close)
+        bus.bind(str(path))
+        bus.listen(64)
+        return path
+
+    def _run(self, *arguments: str) -> int:
+        return subprocess.run(
+            [str(WINDOW), *arguments], stderr=subprocess.DEVNULL, check=False, timeout=60,
+            env={**self.player.environment(), "QT_QPA_PLATFORM": "offscreen", **self.buses}
+        ).returncode
+
+    def test_the_window_is_there_and_calls_a_second_launcher_off(self) -> None:
+        frame = FirstFrame(WINDOW, self.player, self.buses)
+        self.addCleanup(frame.close)
+        self.assertRegex(frame.told, r"^\d+ \d+\n$")
+        frame.go_on()
+        self.assertEqual(self._run(), 0)
+
+    def test_a_mistake_ends_the_program(self) -> None:
+        self.assertEqual(self._run("--nonsense"), case.MISTAKE)
 
 
 if __name__ == "__main__":

@@ -7,7 +7,7 @@ import signal
 import subprocess
 import time
 from pathlib import Path
-from typing import Callable
+from typing import Callable, Mapping
 
 from . import isolation, settings
 from .player import Player
@@ -20,16 +20,16 @@ PAUSE = 0.02
 
 
 class FirstFrame:
-    """One run of the program; `close` ends it."""
+    """One run of the program, with `more` in its environment; `close` ends it."""
 
-    def __init__(self, window: Path, player: Player) -> None:
+    def __init__(self, window: Path, player: Player, more: Mapping[str, str] = {}) -> None:
         reading, writing = os.pipe()
         self._process = subprocess.Popen(
             [str(window)], pass_fds=[writing], preexec_fn=isolation.die_with_parent,
             env={**player.environment(), "QT_QPA_PLATFORM": "offscreen",
                  "QTWEBENGINE_DISABLE_SANDBOX": "1", "LD_PRELOAD": str(PROBE),
                  "FIRST_FRAME_FD": str(writing), "FIRST_FRAME_FOCUS": "accountIDField",
-                 "FIRST_FRAME_STOP": "1"})
+                 "FIRST_FRAME_STOP": "1", **more})
         os.close(writing)
         with open(reading, encoding="ascii") as told:
             # What the program says when the account field has the keyboard; nothing if it ended.
