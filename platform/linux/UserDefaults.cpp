@@ -126,7 +126,7 @@ void UserDefaults::remove(const QString &key)
 std::optional<Error> UserDefaults::synchronize()
 {
     const std::lock_guard saving(m_saveMutex);
-    if (const auto error = loadBeforeSaving()) {
+    if (auto error = loadBeforeSaving()) {
         ErrorHandler::log(error->localizedDescription);
         return error;
     }
