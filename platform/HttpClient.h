@@ -35,7 +35,7 @@ public:
     [[nodiscard]] virtual Contents dataWithContentsOfURL(const QUrl &url, qint64 largestBody) = 0;
 
     // Sends the request without waiting; `completion` runs on the main thread with the body or the
-    // error. Any thread.
+    // error. Any thread. The client must live until the main queue has begun with it.
     void sendAsynchronousRequest(const HttpRequest &request, Completion completion);
 };
 

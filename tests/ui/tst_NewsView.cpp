@@ -84,6 +84,9 @@ private:
             view.show();
             view.activateWindow();
         }
+        ~TextView() { QCoreApplication::sendPostedEvents(); } // what still needs the client
+        TextView(const TextView &) = delete;
+        TextView &operator=(const TextView &) = delete;
         [[nodiscard]] QString text() const
         {
             const auto *browser = view.findChild<QTextBrowser *>();
