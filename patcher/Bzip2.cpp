@@ -241,7 +241,9 @@ decompressBzip2(QByteArray compressed, // NOLINT(*-unnecessary-value-param)
 {
     IdleCores &cores = IdleCores::shared();
     const auto waitForTurn = [&cores, &turn](qint64 size) {
-        cores.release();
+        if (turn.tryToHold(size))
+            return;
+        cores.release(); // to the others meanwhile
         turn.waitToHold(size);
         cores.occupy();
     };

@@ -15,9 +15,14 @@ qint64 LargeContentsTurn::large()
     return result;
 }
 
+bool LargeContentsTurn::tryToHold(qint64 size)
+{
+    return size <= large() || m_turn.owns_lock() || m_turn.try_lock();
+}
+
 void LargeContentsTurn::waitToHold(qint64 size)
 {
-    if (size > large() && !m_turn.owns_lock())
+    if (!tryToHold(size))
         m_turn.lock();
 }
 

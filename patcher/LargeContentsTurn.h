@@ -16,8 +16,11 @@ public:
     // processors for little memory.
     [[nodiscard]] static qint64 large();
 
-    // To be called before the contents grow to `size` bytes: waits, if that is large, while other
-    // large contents are held anywhere in the process. At once when this turn has begun before.
+    // One of the two is to be called before the contents grow to `size` bytes. Whether they may at
+    // once: they are not large, or no others are held anywhere in the process, or this turn has
+    // begun before.
+    [[nodiscard]] bool tryToHold(qint64 size);
+    // Waits until they may.
     void waitToHold(qint64 size);
 
 private:

@@ -3,7 +3,6 @@
 #include <array>
 #include <cerrno>
 #include <condition_variable>
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <stdexcept>

@@ -64,7 +64,14 @@ void TestLargeContentsTurn::lastsFromTheFirstLargeSizeToItsEnd()
     QVERIFY(Holder(LargeContentsTurn::large()).mayHold());
     Holder other(LargeContentsTurn::large() + 1);
     const bool isSharing = other.mayHold(AWhile);
+    QList<bool> answers;
+    std::thread([&answers] {
+        LargeContentsTurn third;
+        answers = {third.tryToHold(LargeContentsTurn::large()),
+                   third.tryToHold(LargeContentsTurn::large() + 1)};
+    }).join();
     turn.reset();
+    QCOMPARE(answers, QList<bool>({true, false}));
     QVERIFY(!isSharing);
     QVERIFY(other.mayHold());
 }
