@@ -80,7 +80,7 @@ public:
         HttpRequest request;
         request.url = url;
         request.largestBody = LargestPage;
-        // A page that leads elsewhere is none; whoever was shown before stays.
+        // A page that leads elsewhere is none; what was shown before stays.
         const auto leadsElsewhere = std::make_shared<bool>(false);
         request.mayFollow = [browser = m_browser, policy = m_policy,
                              leadsElsewhere](const QUrl &target) {

@@ -25,6 +25,20 @@ private slots:
     void listensOnceAQuietClaimIsMadeAloud();
 };
 
+namespace {
+
+// `asked` counts how often the first was asked to come forward.
+void refusesASecondWhichAsks(const QString &folder, const int &asked)
+{
+    bool isSecondAllowed = true;
+    std::jthread second([&] { isSecondAllowed = SingleInstance(folder).claim(); });
+    QTRY_COMPARE(asked, 1);
+    second.join();
+    QVERIFY(!isSecondAllowed);
+}
+
+} // namespace
+
 void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
 {
     const QTemporaryDir folder;
@@ -33,11 +47,7 @@ void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
     first.setComeForward([&asked] { ++asked; });
     QVERIFY(first.claim());
 
-    bool isSecondAllowed = true;
-    std::thread second([&] { isSecondAllowed = SingleInstance(folder.path()).claim(); });
-    QTRY_COMPARE(asked, 1);
-    second.join();
-    QVERIFY(!isSecondAllowed);
+    refusesASecondWhichAsks(folder.path(), asked);
 }
 
 void TestSingleInstance::letsTheNextBeFirstWhenTheFirstHasGone()
@@ -127,11 +137,7 @@ void TestSingleInstance::listensOnceAQuietClaimIsMadeAloud()
     QVERIFY(isQuietlyFirst);
     QVERIFY(first.claim());
 
-    bool isSecondAllowed = true;
-    std::thread second([&] { isSecondAllowed = SingleInstance(folder.path()).claim(); });
-    QTRY_COMPARE(asked, 1);
-    second.join();
-    QVERIFY(!isSecondAllowed);
+    refusesASecondWhichAsks(folder.path(), asked);
 }
 
 QUELLMOOR_TEST(TestSingleInstance, "SingleInstance")

@@ -7,7 +7,7 @@ import shutil
 import subprocess
 import tempfile
 from pathlib import Path
-from typing import Mapping, Optional
+from typing import Optional
 
 import paths  # noqa: F401
 
@@ -29,16 +29,8 @@ def is_gold(colour: tuple[int, int, int]) -> bool:
     return all(abs(one - other) < NEAR for one, other in zip(colour, GOLD))
 
 
-class OnWayland(case.SystemTest):
+class OnWayland(case.WindowTest):
     """In a compositor that is itself a window of a display, so that it has a mouse."""
-
-    @classmethod
-    def make_game(cls) -> None:
-        """None is needed."""
-
-    @classmethod
-    def trees(cls) -> Mapping[Optional[str], Path]:
-        return {}
 
     def setUp(self) -> None:
         super().setUp()

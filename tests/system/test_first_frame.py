@@ -6,7 +6,6 @@ from __future__ import annotations
 import socket
 import subprocess
 from pathlib import Path
-from typing import Mapping, Optional
 
 from harness import case, settings
 from harness.firstframe import FirstFrame, comes_true
@@ -20,16 +19,8 @@ HEAVY = (WEB_ENGINE, WEB_PLUGIN.name, "libQt6UiTools", "libQt6Designer", "libQt6
          "libLLVM", "_dri.so")
 
 
-class BeforeAnythingElse(case.SystemTest):
+class BeforeAnythingElse(case.WindowTest):
     """Against hosts that take every connection and never answer."""
-
-    @classmethod
-    def make_game(cls) -> None:
-        """None is needed."""
-
-    @classmethod
-    def trees(cls) -> Mapping[Optional[str], Path]:
-        return {}
 
     def setUp(self) -> None:
         super().setUp()
@@ -50,16 +41,8 @@ class BeforeAnythingElse(case.SystemTest):
         self.assertTrue(comes_true(lambda: awaited in self.frame.loaded()))
 
 
-class WithSilentBuses(case.SystemTest):
+class WithSilentBuses(case.WindowTest):
     """Both of D-Bus's buses let everybody in and never say a word."""
-
-    @classmethod
-    def make_game(cls) -> None:
-        """None is needed."""
-
-    @classmethod
-    def trees(cls) -> Mapping[Optional[str], Path]:
-        return {}
 
     def setUp(self) -> None:
         super().setUp()

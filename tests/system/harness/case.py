@@ -13,7 +13,7 @@ from . import games, isolation, settings, snapshot
 from .hosts import Hosts
 from .player import WITHOUT_ROOTS_POWERS, Outcome, Player
 
-__all__ = ["WITHOUT_ROOTS_POWERS", "Outcome", "Player", "SystemTest", "main"]
+__all__ = ["WITHOUT_ROOTS_POWERS", "Outcome", "Player", "SystemTest", "WindowTest", "main"]
 
 VALID, INVALID, NO_MANIFEST, ANOTHER_LAUNCHER, MISTAKE = 0, 1, 2, 3, 64
 
@@ -81,6 +81,18 @@ class SystemTest(unittest.TestCase):
         """The launcher leaves nothing beside the game folder and nothing temporary."""
         self.assertEqual([path.name for path in self.player.data.iterdir()], ["Game"])
         self.assertEqual(list(self.player.temporary.iterdir()), [])
+
+
+class WindowTest(SystemTest):
+    """Of a window that shows up: there is no game, and nobody serves one."""
+
+    @classmethod
+    def make_game(cls) -> None:
+        """None is needed."""
+
+    @classmethod
+    def trees(cls) -> Mapping[Optional[str], Path]:
+        return {}
 
 
 def main() -> None:
