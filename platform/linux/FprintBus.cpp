@@ -100,8 +100,6 @@ void FprintBus::call(const QDBusMessage &message, QObject *receiver, Answer answ
             });
 }
 
-void FprintBus::send(const QDBusMessage &message) { m_connection->send(message); }
-
 void FprintBus::listen(const QString &daemon, const QString &device, QObject *receiver)
 {
     m_connection->connect(daemon, device, DeviceInterface, QStringLiteral("VerifyStatus"), receiver,

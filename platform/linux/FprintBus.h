@@ -21,7 +21,7 @@ public:
     using Answer = std::function<void(const QDBusMessage &reply)>;
 
     FprintBus() = default;
-    // Closes the connection after what was sent.
+    // Closes the connection; the daemon frees a reader that was claimed over it.
     ~FprintBus() override;
 
     // Connects unless it is connected or the bus is silent. Returns whether it now is.
@@ -31,8 +31,6 @@ public:
 
     // `answer` runs once, later, with the reply or the error, unless `receiver` is gone by then.
     void call(const QDBusMessage &message, QObject *receiver, Answer answer);
-    // Sends without caring for an answer.
-    void send(const QDBusMessage &message);
     // Calls the slots verifyStatus(QString,bool) and interfacesRemoved(QDBusObjectPath) of
     // `receiver` while it lives. Only what `daemon`, a unique name, sends is listened to: anybody
     // on the bus can send signals of these names.

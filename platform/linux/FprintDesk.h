@@ -15,7 +15,7 @@ class FprintDesk : public QObject
 
 public:
     FprintDesk();
-    // Frees the reader.
+    // Frees the reader, by closing the connection it was claimed over.
     ~FprintDesk() override;
 
     void refresh() { m_availability.refresh(); }

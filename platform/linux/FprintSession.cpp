@@ -41,14 +41,6 @@ FprintSession::FprintSession(FprintBus &bus) : m_bus(bus)
             [this] { lose(QStringLiteral("the system bus is gone")); });
 }
 
-FprintSession::~FprintSession()
-{
-    if (m_stage == Stage::Starting || m_stage == Stage::Waiting)
-        m_bus.send(deviceCall(QStringLiteral("VerifyStop")));
-    if (m_stage > Stage::Finding && m_stage < Stage::Releasing)
-        m_bus.send(deviceCall(QStringLiteral("Release")));
-}
-
 void FprintSession::start()
 {
     call(FprintBus::managerCall(QStringLiteral("GetDefaultDevice")), &FprintSession::deviceFound);

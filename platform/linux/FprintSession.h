@@ -9,15 +9,15 @@ class QDBusMessage;
 
 // One wait for a finger: finds and claims the reader, starts the check, and afterwards stops it and
 // frees the reader, each step after the answer to the one before. Lives on the thread of `bus`,
-// which must be open and outlive it.
+// which must be open and outlive it. One that is destroyed before it ended leaves it to the close
+// of `bus` to free the reader: calls that nobody waits for, right before the close, can crash the
+// daemon.
 class FprintSession : public QObject
 {
     Q_OBJECT
 
 public:
     explicit FprintSession(FprintBus &bus);
-    // Frees the reader without waiting for answers.
-    ~FprintSession() override;
 
     void start();
     // Decides nothing any more and frees the reader. `ended` may come from in here.
