@@ -134,9 +134,15 @@ void FakeFprint::removeDevice()
     m_connection.send(signal);
 }
 
+bool FakeFprint::hasCaller() const
+{
+    return m_connection.interface()->isServiceRegistered(m_caller);
+}
+
 bool FakeFprint::handleMessage(const QDBusMessage &message, const QDBusConnection &)
 {
     const QString method = message.member();
+    m_caller = message.service();
     if (method == QStringLiteral("ListEnrolledFingers"))
         ++m_askedForFingers;
     else if (message.interface() == DeviceInterface)

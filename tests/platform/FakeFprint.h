@@ -59,6 +59,9 @@ public:
 
     // The calls about checking a finger, each with its argument: "Claim ", "VerifyStart any".
     [[nodiscard]] const QStringList &calls() const { return m_calls; }
+    // Whether the connection that last called is open. The real daemon frees a reader whose claimer
+    // has left the bus.
+    [[nodiscard]] bool hasCaller() const;
     // How often somebody asked for the enrolled fingers.
     [[nodiscard]] int askedForFingers() const { return m_askedForFingers; }
 
@@ -74,6 +77,7 @@ private:
     QStringList m_heldMethods;
     QList<QDBusMessage> m_held;
     QStringList m_calls;
+    QString m_caller;
     int m_askedForFingers = 0;
 };
 

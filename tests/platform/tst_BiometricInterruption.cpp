@@ -21,8 +21,8 @@ private slots:
     void aSecondQuestionEndsTheFirst();
     void aQuestionAfterAMatchWaitsUntilTheReaderIsFree_data();
     void aQuestionAfterAMatchWaitsUntilTheReaderIsFree();
-    void destructionFreesTheReaderWithoutAReply_data();
-    void destructionFreesTheReaderWithoutAReply();
+    void destructionFreesTheReaderByLeavingTheBus_data();
+    void destructionFreesTheReaderByLeavingTheBus();
     void destructionForgetsAReplyOnItsWay();
     void aReplyMayDestroyTheContext();
     void needsNoPrompt();
@@ -139,31 +139,31 @@ void TestBiometricInterruption::aQuestionAfterAMatchWaitsUntilTheReaderIsFree()
     QTRY_COMPARE(m_daemon->calls(), WholeCheck + Begun);
 }
 
-void TestBiometricInterruption::destructionFreesTheReaderWithoutAReply_data()
+void TestBiometricInterruption::destructionFreesTheReaderByLeavingTheBus_data()
 {
     QTest::addColumn<QString>("held");
-    QTest::addColumn<QStringList>("calls");
 
-    QTest::newRow("while it looks for the reader")
-        << QStringLiteral("GetDefaultDevice") << QStringList();
-    QTest::newRow("while it claims") << Claim << QStringList({Claim, Release});
-    QTest::newRow("while it starts") << QStringLiteral("VerifyStart") << WholeCheck;
-    QTest::newRow("while it waits for a finger") << QString() << WholeCheck;
+    QTest::newRow("while it looks for the reader") << QStringLiteral("GetDefaultDevice");
+    QTest::newRow("while it claims") << Claim;
+    QTest::newRow("while it starts") << QStringLiteral("VerifyStart");
+    QTest::newRow("while it waits for a finger") << QString();
 }
 
-void TestBiometricInterruption::destructionFreesTheReaderWithoutAReply()
+void TestBiometricInterruption::destructionFreesTheReaderByLeavingTheBus()
 {
     QFETCH(const QString, held);
-    QFETCH(const QStringList, calls);
 
     askAndHold(held);
+    const QStringList calls = m_daemon->calls();
+    QVERIFY(m_daemon->hasCaller());
     m_context.reset();
     QCOMPARE(m_prompt.events.last(), QStringLiteral("hide"));
-    QTRY_COMPARE(m_daemon->calls(), calls);
+    QTRY_VERIFY(!m_daemon->hasCaller());
     m_daemon->answerHeld();
     m_daemon->tell(Match, true);
     settle(m_bus);
-    QTRY_COMPARE(m_daemon->calls(), calls);
+    // A call that nobody waits for, right before the end of its connection, can crash the daemon.
+    QCOMPARE(m_daemon->calls(), calls);
     QCOMPARE(m_answers, Answers());
 }
 
@@ -174,7 +174,7 @@ void TestBiometricInterruption::destructionForgetsAReplyOnItsWay()
     m_context.reset();
     settle(m_bus);
     QCOMPARE(m_answers, Answers());
-    QTRY_COMPARE(m_daemon->calls(), WholeCheck);
+    QTRY_VERIFY(!m_daemon->hasCaller());
 }
 
 void TestBiometricInterruption::aReplyMayDestroyTheContext()
@@ -187,7 +187,7 @@ void TestBiometricInterruption::aReplyMayDestroyTheContext()
     settle(m_bus);
     m_daemon->tell(Match, true);
     verifyOutcome({true}, {});
-    QTRY_COMPARE(m_daemon->calls(), WholeCheck);
+    QTRY_VERIFY(!m_daemon->hasCaller());
 }
 
 void TestBiometricInterruption::needsNoPrompt()
