@@ -45,7 +45,7 @@ SingleInstance::SingleInstance(const QString &dataFolder)
 bool SingleInstance::claim()
 {
     const QDeadlineTimer deadline(MillisecondsToComeUp);
-    while (!lock()) {
+    while (!claimQuietly()) {
         if (askOtherToComeForward())
             return false;
         if (deadline.hasExpired()) { // one without a window, which nobody can bring forward
@@ -55,26 +55,15 @@ bool SingleInstance::claim()
         // A lock that is let go tells nobody, nor can one wait for it no longer than so long.
         QThread::msleep(MillisecondsBetweenTries);
     }
-    listen();
     return true;
 }
 
-bool SingleInstance::claimQuietly() { return lock(); }
-
-void SingleInstance::setComeForward(std::function<void()> comeForward)
+bool SingleInstance::claimQuietly()
 {
-    m_comeForward = std::move(comeForward);
-}
-
-bool SingleInstance::lock()
-{
-    if (m_mayGoOn)
-        return true;
     const FileLock::Result result = m_lock.tryLock();
     if (result == FileLock::Result::Failed)
         ErrorHandler::log(QStringLiteral("Cannot lock the launcher data folder."));
-    m_mayGoOn = result != FileLock::Result::Held;
-    return m_mayGoOn;
+    return result != FileLock::Result::Held;
 }
 
 bool SingleInstance::askOtherToComeForward() const
@@ -84,8 +73,9 @@ bool SingleInstance::askOtherToComeForward() const
     return socket.waitForConnected(MillisecondsForAnAnswer);
 }
 
-void SingleInstance::listen()
+void SingleInstance::listen(std::function<void()> comeForward)
 {
+    m_comeForward = std::move(comeForward);
     QLocalServer::removeServer(m_serverName); // left by a launcher that was killed
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     if (!m_server.listen(m_serverName))

@@ -23,22 +23,18 @@ public:
     // that cannot be written), which is logged. False when another launcher is there and has been
     // asked to come forward. Waits a few seconds at most for one that is just starting.
     [[nodiscard]] bool claim();
-    // Like claim(), but leaves the other launcher alone and does not wait for it. Does not listen,
-    // either. What it was given, claim() has no more to ask for. Any thread, while no other one
-    // uses the object.
+    // Like claim(), but leaves the other launcher alone and does not wait for it.
     [[nodiscard]] bool claimQuietly();
 
-    // Runs for each later launcher that asks.
-    void setComeForward(std::function<void()> comeForward);
+    // From then on `comeForward` runs for each later launcher that asks, those that wait for it
+    // included. Once, and only for who may go on.
+    void listen(std::function<void()> comeForward);
 
 private:
-    [[nodiscard]] bool lock();
     [[nodiscard]] bool askOtherToComeForward() const;
-    void listen();
 
     const QString m_serverName;
     FileLock m_lock;
     QLocalServer m_server;
-    bool m_mayGoOn = false;
     std::function<void()> m_comeForward;
 };

@@ -39,10 +39,9 @@ Translations::Translations(const QStringList &uiLanguages)
 
 QString Translations::languageFor(const QStringList &uiLanguages)
 {
-    const QStringList translated = languages();
     for (const QString &language : uiLanguages) {
         QString code = codeOf(language);
-        if (code == English || translated.contains(code))
+        if (code == English || languages().contains(code))
             return code;
     }
     return English;

@@ -2,6 +2,7 @@
 
 #include "account/LocalAuthenticationHandler.h"
 #include "app/Diagnostics.h"
+#include "app/LauncherWindow.h"
 #include "app/RecentLog.h"
 #include "platform/ActivationPolicy.h"
 #include "platform/Alerts.h"
@@ -10,7 +11,6 @@
 #include "platform/HttpClient.h"
 #include "platform/ReachabilitySource.h"
 #include "platform/Workspace.h"
-#include "ui/InterfaceLoader.h"
 #include "ui/LauncherMenu.h"
 #include "ui/LauncherView.h"
 #include "ui/NewsPage.h"
@@ -23,8 +23,6 @@
 
 namespace {
 
-// As large as its content, which comes while the desktop puts the window up.
-constexpr QRect FirstFrame(0, 0, 1000, 640);
 // The lowest part of the window is the shadow of its artwork.
 constexpr int TouchBarGap = -14;
 
@@ -53,7 +51,8 @@ void dressToolTips()
 
 } // namespace
 
-WindowApplication::WindowApplication(const Configuration &configuration, const RecentLog &recentLog)
+WindowApplication::WindowApplication(const Configuration &configuration, const RecentLog &recentLog,
+                                     std::unique_ptr<LauncherWindow> launcherWindow)
     : m_configuration(configuration),
       m_recentLog(recentLog),
       m_userDefaults(configuration.settingsFile()),
@@ -62,45 +61,30 @@ WindowApplication::WindowApplication(const Configuration &configuration, const R
       m_activationPolicy(makeActivationPolicy()),
       m_reachability(makeReachabilityService()),
       m_biometrics(makeBiometricContext(&m_fingerprintPrompt)),
-      m_window(FirstFrame),
-      m_view(showWindowAndLoadView())
+      m_launcherWindow(std::move(launcherWindow)),
+      m_window(m_launcherWindow->window()),
+      m_view(m_launcherWindow->view())
 {
     LocalAuthenticationHandler::install(std::make_unique<LocalAuthenticationHandler>(
         *m_biometrics, m_userDefaults, m_alertPresenter));
-    m_window.setContentView(&m_view);
     m_alertPresenter.setWindow(&m_window);
     m_fingerprintPrompt.setWindow(&m_window);
     m_view.setServices({m_configuration, *m_httpClient, *m_workspace, m_alertPresenter,
                         LocalAuthenticationHandler::shared(), terminate,
                         newsPages(*m_httpClient, m_configuration.extraCertificateFile)});
-    m_view.awakeFromNib();
     m_controller = std::make_shared<ViewController>(
         m_view, ControllerServices{m_configuration, *m_httpClient, m_userDefaults, *m_workspace,
                                    *m_activationPolicy, m_alertPresenter,
                                    LocalAuthenticationHandler::shared(), m_timer, *m_reachability});
     dressToolTips();
     makeMenu();
-    QObject::connect(&m_window, &CustomWindow::appeared, &m_view,
-                     [] { QApplication::setWindowIcon(windowIcon()); });
+    QApplication::setWindowIcon(windowIcon());
 }
 
 WindowApplication::~WindowApplication()
 {
     m_controller.reset();
     LocalAuthenticationHandler::install(nullptr);
-}
-
-LauncherView &WindowApplication::showWindowAndLoadView()
-{
-    // First, for the desktop has work of its own to do with a window. It is painted later.
-    m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
-    m_window.setFixedSize(m_window.size());
-    m_window.show();
-    auto view = ViewController::loadWithNibNamed(QStringLiteral("Launcher"),
-                                                 LauncherView::staticMetaObject);
-    if (!view)
-        qFatal("the launcher's interface is not part of this program");
-    return static_cast<LauncherView &>(*view.release()); // the window owns it from now on
 }
 
 void WindowApplication::makeMenu()

@@ -11,6 +11,7 @@
 #include <memory>
 
 class BiometricContext;
+class LauncherWindow;
 class RecentLog;
 class SingleInstance;
 class TouchBarHost;
@@ -20,8 +21,9 @@ class TouchBarHost;
 class WindowApplication
 {
 public:
-    // Shows the window, which is painted when the event loop runs. The log must outlive it.
-    WindowApplication(const Configuration &configuration, const RecentLog &recentLog);
+    // Gives the window's view what it works with. The log must outlive it.
+    WindowApplication(const Configuration &configuration, const RecentLog &recentLog,
+                      std::unique_ptr<LauncherWindow> launcherWindow);
     ~WindowApplication();
     WindowApplication(const WindowApplication &) = delete;
     WindowApplication &operator=(const WindowApplication &) = delete;
@@ -36,7 +38,6 @@ public:
     void stop();
 
 private:
-    [[nodiscard]] LauncherView &showWindowAndLoadView();
     void makeMenu();
     void copyDiagnostics();
 
@@ -51,8 +52,9 @@ private:
     const std::unique_ptr<BiometricContext> m_biometrics;
     AlertPanelPresenter m_alertPresenter;
     SystemTimer m_timer;
-    CustomWindow m_window;
-    LauncherView &m_view; // the window's
+    const std::unique_ptr<LauncherWindow> m_launcherWindow;
+    CustomWindow &m_window;
+    LauncherView &m_view;
     std::shared_ptr<ViewController> m_controller;
     std::unique_ptr<TouchBarHost> m_touchBarHost; // none unless asked for
 };

@@ -1,11 +1,10 @@
 #include "app/AppDelegate.h"
 #include "app/Application.h"
+#include "app/LauncherWindow.h"
 #include "app/RecentLog.h"
 #include "app/SingleInstance.h"
 #include "app/Translations.h"
 #include "app/WindowApplication.h"
-#include "platform/DispatchQueue.h"
-#include "platform/HeadStart.h"
 #include "platform/Memory.h"
 #include "platform/SharedApplication.h"
 #include "platform/SystemLog.h"
@@ -14,8 +13,7 @@
 
 #include <QApplication>
 #include <cstdio>
-#include <thread>
-#include <tuple>
+#include <optional>
 
 int main(int argc, char **argv)
 {
@@ -25,21 +23,12 @@ int main(int argc, char **argv)
     const RecentLog recentLog;
     const Configuration configuration = Configuration::compiledIn();
     SingleInstance instance(configuration.dataFolder);
-    std::jthread meanwhile([&instance] {
-        HeadStart::readFonts();
-        std::ignore = instance.claimQuietly(); // claim() below then finds it done
-    });
     QApplication application(argc, argv); // takes its own words out of argv
-    meanwhile.join();
     const CommandLine commandLine = Application::commandLineOf(argc, argv);
     if (!commandLine.text.isEmpty()) {
         std::fprintf(stderr, "%s\nTry --help.\n", qUtf8Printable(commandLine.text));
         return Application::UsageMistake;
     }
-    DispatchQueue::global(DispatchQueue::QualityOfService::High)->async([] {
-        const DispatchQueue::OutsideWait nothingIsLost; // a bus may hold it for ever
-        HeadStart::meetDesktop();
-    });
     Application::name();
     QApplication::setFont(Typography::text(15)); // the desktop's own is never seen
     QApplication::setApplicationDisplayName(QStringLiteral("Quellmoor"));
@@ -50,13 +39,18 @@ int main(int argc, char **argv)
     SystemLog::setFile(Configuration::logFile());
     const auto sharedApplication = makeSharedApplication();
     AppDelegate appDelegate(*sharedApplication);
-    WindowApplication window(configuration, recentLog);
-    instance.setComeForward([&window] { window.comeForward(); });
-    window.start();
-    if (commandLine.showsTouchBar)
-        window.showTouchBar();
-    appDelegate.applicationDidFinishLaunching();
+    auto window = std::make_unique<LauncherWindow>();
+    std::optional<WindowApplication> launcher;
+    QObject::connect(&window->window(), &CustomWindow::appeared, &application, [&] {
+        launcher.emplace(configuration, recentLog, std::move(window));
+        instance.listen([&launcher] { launcher->comeForward(); });
+        launcher->start();
+        if (commandLine.showsTouchBar)
+            launcher->showTouchBar();
+        appDelegate.applicationDidFinishLaunching();
+    });
     const int exitCode = QApplication::exec();
-    window.stop();
+    if (launcher)
+        launcher->stop();
     return Application::end(exitCode);
 }

@@ -7,9 +7,15 @@
 #include <QScreen>
 #include <QWindow>
 
+#include <chrono>
 #include <utility>
 
 namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto LongestWaitForFrame = 1s;
+constexpr auto LongestWaitForFocus = 200ms;
 
 QRect visibleFrameOf(const QScreen *screen)
 {
@@ -25,6 +31,8 @@ CustomWindow::CustomWindow(const QRect &contentRect, Qt::WindowFlags styleMask)
     setGeometry(contentRect);
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowOpacity(1.0);
+    m_patience.setSingleShot(true);
+    connect(&m_patience, &QTimer::timeout, this, &CustomWindow::appeared);
     center();
 }
 
@@ -55,10 +63,33 @@ QString CustomWindow::platformName() const { return QGuiApplication::platformNam
 
 void CustomWindow::startSystemMove() { windowHandle()->startSystemMove(); }
 
+void CustomWindow::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (!std::exchange(m_wasShown, true))
+        m_patience.start(LongestWaitForFrame);
+}
+
 void CustomWindow::paintEvent(QPaintEvent *)
 {
-    if (!std::exchange(m_hasAppeared, true))
-        QMetaObject::invokeMethod(this, &CustomWindow::appeared, Qt::QueuedConnection);
+    if (std::exchange(m_isPainted, true) || !m_patience.isActive())
+        return;
+    m_patience.start(LongestWaitForFocus);
+    appearSoon();
+}
+
+void CustomWindow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange)
+        appearSoon();
+}
+
+// Painting has to end and the frame to reach the screen first.
+void CustomWindow::appearSoon()
+{
+    if (m_isPainted && m_patience.isActive() && isActiveWindow())
+        m_patience.start(0);
 }
 
 void CustomWindow::mousePressEvent(QMouseEvent *event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 // The launcher's window: no frame, nothing of its own to be seen, moved by dragging anywhere that
@@ -34,7 +35,9 @@ public:
                                               const QPointF &location, const QRect &visibleFrame);
 
 signals:
-    // Once, when the window has been painted for the first time. What can wait until then should.
+    // Once, when the window has been painted and has the keyboard, so that what takes long can
+    // begin. A window that is painted and gets no keyboard, or is not even painted, as on a desktop
+    // that is out of sight, tells so after a moment, too.
     void appeared();
 
 protected:
@@ -43,13 +46,19 @@ protected:
     // Hands a move that has begun with the mouse over to the desktop.
     virtual void startSystemMove();
 
+    void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    void appearSoon();
+
     QPointF m_initialLocation;
-    bool m_hasAppeared = false;
+    bool m_wasShown = false;
+    bool m_isPainted = false;
+    QTimer m_patience;     // runs from when it is first shown until it has appeared
     bool m_isHeld = false; // by a press that no control took
 };

@@ -24,8 +24,10 @@ void LauncherView::bindActions()
         {m_createAccountButton, &LauncherView::createAccountButtonPressed},
     };
     for (const auto &[button, action] : actions)
-        connect(button, &QAbstractButton::clicked, this,
-                [this, sender = button, perform = action] { (this->*perform)(sender); });
+        connect(button, &QAbstractButton::clicked, this, [this, sender = button, perform = action] {
+            if (m_services)
+                (this->*perform)(sender);
+        });
 }
 
 void LauncherView::closePressed(QObject *) { m_services->terminate(); }

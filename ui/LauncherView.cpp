@@ -56,6 +56,8 @@ void LauncherView::setServices(const LauncherViewServices &services)
 {
     m_services.emplace(services);
     m_newsUrl = newsUrlOf(services.configuration);
+    if (m_newsView)
+        beginNews();
 }
 
 void LauncherView::awakeFromNib()
@@ -74,9 +76,8 @@ void LauncherView::awakeFromNib()
     m_statusLabel->setWraps(true);
     m_statusLabel->setScrollable(false);
     m_statusLabel->setDelegate(this);
-    if (m_services->newsPageFactory)
-        m_newsView->setPageFactory(m_services->newsPageFactory);
-    downloadNews();
+    if (m_services)
+        beginNews();
     cutWindowToShape();
 }
 
@@ -125,6 +126,13 @@ void LauncherView::setupRolloverImages()
         button->awakeFromNib();
         button->setupWithRolloverImageName(QLatin1String(name));
     }
+}
+
+void LauncherView::beginNews()
+{
+    if (m_services->newsPageFactory)
+        m_newsView->setPageFactory(m_services->newsPageFactory);
+    downloadNews();
 }
 
 void LauncherView::downloadNews()

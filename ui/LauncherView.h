@@ -39,9 +39,10 @@ struct LauncherViewServices
 // login form or the progress display, a row of links and the news. It knows nothing about logging
 // in or updating: the player's wishes go to the delegate, and the controller drives the rest.
 //
-// Made from the interface file "Launcher"; whoever loads it calls setServices() and then
-// awakeFromNib(), once each. Main thread only, except where said. The widgets are its children;
-// the outlets only point at them.
+// Made from the interface file "Launcher"; whoever loads it calls awakeFromNib() and setServices(),
+// once each. Without services it is there to be looked at and typed into: its buttons do nothing
+// and there are no news. Main thread only, except where said. The widgets are its children; the
+// outlets only point at them.
 class LauncherView : public QWidget, public TextFieldDelegate, public WebPolicyDelegate
 {
     Q_OBJECT
@@ -51,10 +52,11 @@ public:
     ~LauncherView() override;
 
     void setServices(const LauncherViewServices &services);
-    // Finds the outlets, binds the actions and prepares every control. Ends with downloadNews().
+    // Finds the outlets, binds the actions and prepares every control.
     void awakeFromNib();
 
-    // Loads the news page, anew if it is there.
+    // Loads the news page, anew if it is there. The first time comes by itself, once there are
+    // services and outlets.
     void downloadNews();
 
     // Any thread. Shown later, on the main thread, in the order of the calls.
@@ -122,6 +124,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void beginNews();
     void cutWindowToShape();
     void bindOutlets();
     void bindActions();

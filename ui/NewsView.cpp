@@ -2,13 +2,9 @@
 
 #include "ui/NewsPage.h"
 
-#include <QEvent>
+#include <QTimer>
 
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto LongestWaitForFocus = 1s;
 
 class Decision final : public DecisionListener
 {
@@ -22,13 +18,16 @@ private:
 
 } // namespace
 
-NewsView::NewsView(QWidget *parent) : QWidget(parent)
-{
-    m_patience.setSingleShot(true);
-    connect(&m_patience, &QTimer::timeout, this, &NewsView::makePage);
-}
+NewsView::NewsView(QWidget *parent) : QWidget(parent) {}
 
 NewsView::~NewsView() = default;
+
+void NewsView::setPageFactory(PageFactory factory)
+{
+    m_pageFactory = std::move(factory);
+    // What was changed together with it is painted first.
+    QTimer::singleShot(0, this, &NewsView::makePage);
+}
 
 void NewsView::load(const QUrl &url)
 {
@@ -44,33 +43,11 @@ void NewsView::setDrawsBackground(bool drawsBackground)
         m_page->setDrawsBackground(drawsBackground);
 }
 
-void NewsView::paintEvent(QPaintEvent *)
-{
-    if (std::exchange(m_hasBeenSeen, true))
-        return;
-    m_patience.start(LongestWaitForFocus);
-    makePageSoon();
-}
-
 void NewsView::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     if (m_page)
         m_page->widget()->setGeometry(rect());
-}
-
-void NewsView::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange)
-        makePageSoon();
-}
-
-void NewsView::makePageSoon()
-{
-    // Painting has to end and the frame to reach the screen first.
-    if (m_hasBeenSeen && isActiveWindow() && !m_page)
-        m_patience.start(0);
 }
 
 void NewsView::makePage()

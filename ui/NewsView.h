@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QPointer>
-#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
@@ -30,9 +29,7 @@ public:
                                                         DecisionListener &listener) = 0;
 };
 
-// A place for one web page. What renders it is made only after the window has shown its first
-// frame and has the keyboard (or has waited a second for it): that takes longer than the rest of
-// the launcher. A page that cannot be loaded leaves the place empty. Main thread only.
+// A place for one web page. A page that cannot be loaded leaves the place empty. Main thread only.
 class NewsView : public QWidget
 {
     Q_OBJECT
@@ -52,8 +49,9 @@ public:
     void setDrawsBackground(bool drawsBackground);
     // Null refuses every navigation. The delegate outlives the view or is taken away.
     void setPolicyDelegate(WebPolicyDelegate *delegate) { m_policyDelegate = delegate; }
-    // What makes the renderer; before the first frame. Without one the place stays empty.
-    void setPageFactory(PageFactory factory) { m_pageFactory = std::move(factory); }
+    // What makes the renderer, a little later and once. That may take longer than the rest of the
+    // launcher: not before the window has its first frame. Without one the place stays empty.
+    void setPageFactory(PageFactory factory);
 
     [[nodiscard]] bool drawsBackground() const { return m_drawsBackground; }
     // The URL that was asked for last.
@@ -62,20 +60,15 @@ public:
     [[nodiscard]] NewsPage *page() const { return m_page.get(); }
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
 private:
-    void makePageSoon();
     void makePage();
     [[nodiscard]] bool decide(const QUrl &url);
 
     QUrl m_url;
     bool m_drawsBackground = true;
-    bool m_hasBeenSeen = false;
     WebPolicyDelegate *m_policyDelegate = nullptr;
     PageFactory m_pageFactory;
     std::unique_ptr<NewsPage> m_page;
-    QTimer m_patience;
 };

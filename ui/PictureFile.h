@@ -47,10 +47,13 @@ struct PictureFile
         const qsizetype stride = qsizetype(header.pixelWidth) * 4;
         if (bytes.size() != qsizetype(sizeof header) + stride * header.pixelHeight)
             return false;
-        image = QImage(reinterpret_cast<const uchar *>(bytes.constData()) + sizeof header,
-                       header.pixelWidth, header.pixelHeight, stride,
-                       QImage::Format_ARGB32_Premultiplied)
-                    .copy();
+        const auto *pixels = reinterpret_cast<const uchar *>(bytes.constData()) + sizeof header;
+        image = QImage(
+            pixels, header.pixelWidth, header.pixelHeight, stride,
+            QImage::Format_ARGB32_Premultiplied,
+            [](void *held) { delete static_cast<QByteArray *>(held); }, new QByteArray(bytes));
+        if (reinterpret_cast<quintptr>(pixels) % alignof(QRgb) != 0)
+            image = image.copy();
         return true;
     }
 

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <thread>
 
 class TestSingleInstance : public QObject
@@ -22,7 +23,7 @@ private slots:
     void leavesNothingBehind();
     void goesOnWithALogLineWhenTheFolderCannotBeLocked();
     void claimsQuietlyOnlyWhenNobodyIsThere();
-    void listensOnceAQuietClaimIsMadeAloud();
+    void keepsOneThatComesBeforeItListensWaiting();
 };
 
 namespace {
@@ -44,8 +45,8 @@ void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
     const QTemporaryDir folder;
     int asked = 0;
     SingleInstance first(folder.path());
-    first.setComeForward([&asked] { ++asked; });
     QVERIFY(first.claim());
+    first.listen([&asked] { ++asked; });
 
     refusesASecondWhichAsks(folder.path(), asked);
 }
@@ -119,25 +120,31 @@ void TestSingleInstance::claimsQuietlyOnlyWhenNobodyIsThere()
     const QTemporaryDir folder;
     int asked = 0;
     SingleInstance first(folder.path());
-    first.setComeForward([&asked] { ++asked; });
     QVERIFY(first.claim());
+    first.listen([&asked] { ++asked; });
     QVERIFY(!SingleInstance(folder.path()).claimQuietly());
     QCoreApplication::processEvents();
     QCOMPARE(asked, 0);
 }
 
-void TestSingleInstance::listensOnceAQuietClaimIsMadeAloud()
+void TestSingleInstance::keepsOneThatComesBeforeItListensWaiting()
 {
     const QTemporaryDir folder;
     int asked = 0;
     SingleInstance first(folder.path());
-    first.setComeForward([&asked] { ++asked; });
-    bool isQuietlyFirst = false;
-    std::thread([&] { isQuietlyFirst = first.claimQuietly(); }).join();
-    QVERIFY(isQuietlyFirst);
     QVERIFY(first.claim());
-
-    refusesASecondWhichAsks(folder.path(), asked);
+    std::atomic<bool> hasBegun = false;
+    bool isSecondAllowed = true;
+    std::jthread second([&] {
+        SingleInstance instance(folder.path());
+        hasBegun = true;
+        isSecondAllowed = instance.claim();
+    });
+    QTRY_VERIFY(hasBegun);
+    first.listen([&asked] { ++asked; });
+    QTRY_COMPARE(asked, 1);
+    second.join();
+    QVERIFY(!isSecondAllowed);
 }
 
 QUELLMOOR_TEST(TestSingleInstance, "SingleInstance")

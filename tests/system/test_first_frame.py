@@ -14,9 +14,10 @@ WINDOW = settings.launcher().with_name("quellmoor-launcher-window")
 WEB_PLUGIN = settings.launcher().with_name("quellmoor-web-news.so")
 WEB_ENGINE = "libQt6WebEngineCore"
 # What must not be loaded for the first frame: the web engine, Qt's reader of interface files with
-# the plugins of its designer, and graphics drivers.
+# the plugins of its designer, graphics drivers, and what settings and hosts need.
 HEAVY = (WEB_ENGINE, WEB_PLUGIN.name, "libQt6UiTools", "libQt6Designer", "libQt6Quick", "libGLX_mesa",
-         "libLLVM", "_dri.so")
+         "libLLVM", "_dri.so", "libqsqlite", "libqopensslbackend")
+DAMAGED = b"no settings"
 
 
 class BeforeAnythingElse(case.WindowTest):
@@ -24,8 +25,11 @@ class BeforeAnythingElse(case.WindowTest):
 
     def setUp(self) -> None:
         super().setUp()
-        silent = socket.create_server(("127.0.0.1", settings.port()), backlog=64)
-        self.addCleanup(silent.close)
+        self.silent = socket.create_server(("127.0.0.1", settings.port()), backlog=64)
+        self.addCleanup(self.silent.close)
+        self.silent.setblocking(False)
+        self.player.settings.parent.mkdir(parents=True)
+        self.player.settings.write_bytes(DAMAGED)
         self.frame = FirstFrame(WINDOW, self.player)
         self.addCleanup(self.frame.close)
         self.assertRegex(self.frame.told, r"^\d+ \d+\n$")
@@ -34,6 +38,23 @@ class BeforeAnythingElse(case.WindowTest):
         loaded = self.frame.loaded()
         self.assertIn("libQt6Widgets", loaded)
         self.assertEqual([name for name in HEAVY if name in loaded], [])
+
+    def test_settings_and_hosts_are_asked_later(self) -> None:
+        self.assertEqual(self.player.settings.read_bytes(), DAMAGED)
+        with self.assertRaises(BlockingIOError):
+            self.silent.accept()
+        self.frame.go_on()
+        self.assertTrue(comes_true(self._hosts_are_asked))
+        kept = self.player.settings.with_name(self.player.settings.name + ".bad")
+        self.assertEqual(kept.read_bytes(), DAMAGED)
+
+    def _hosts_are_asked(self) -> bool:
+        try:
+            connection, _ = self.silent.accept()
+        except BlockingIOError:
+            return False
+        connection.close()
+        return True
 
     def test_the_web_engine_follows_where_there_is_one(self) -> None:
         self.frame.go_on()

@@ -1,6 +1,7 @@
 #include "TestMain.h"
 #include "ui/CustomWindow.h"
 
+#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -39,6 +40,8 @@ private slots:
     void standsInTheMiddleOfTheScreen();
     void canTakeTheKeyboard();
     void tellsOnceThatItHasAppeared();
+    void tellsThatItHasAppearedWithoutTheKeyboard();
+    void tellsThatItHasAppearedOutOfSight();
     void keepsWhereTheMouseWasPressed();
     void originForDrag_data();
     void originForDrag();
@@ -100,15 +103,46 @@ void TestCustomWindow::tellsOnceThatItHasAppeared()
 {
     CustomWindow window(QRect(0, 0, 400, 300));
     const QSignalSpy appeared(&window, &CustomWindow::appeared);
+    bool hadKeyboard = false;
+    connect(&window, &CustomWindow::appeared, &window,
+            [&] { hadKeyboard = window.isActiveWindow(); });
     window.show();
     QCOMPARE(appeared.size(), 0);
+    window.activateWindow();
     QTRY_COMPARE(appeared.size(), 1);
+    QVERIFY(hadKeyboard);
     window.repaint();
     window.hide();
     window.show();
     window.repaint();
-    QCoreApplication::sendPostedEvents();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QCoreApplication::processEvents();
     QCOMPARE(appeared.size(), 1);
+}
+
+void TestCustomWindow::tellsThatItHasAppearedWithoutTheKeyboard()
+{
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    CustomWindow window(QRect(0, 0, 400, 300), Qt::ToolTip); // such a one is not made active
+    const QSignalSpy appeared(&window, &CustomWindow::appeared);
+    QElapsedTimer time;
+    time.start();
+    window.show();
+    QTRY_COMPARE(appeared.size(), 1);
+    QVERIFY(!window.isActiveWindow());
+    QVERIFY(time.elapsed() > 100); // it has waited for the keyboard
+}
+
+void TestCustomWindow::tellsThatItHasAppearedOutOfSight()
+{
+    CustomWindow window(QRect(0, 0, 400, 300));
+    window.setUpdatesEnabled(false); // as where nothing asks for its content
+    const QSignalSpy appeared(&window, &CustomWindow::appeared);
+    window.show();
+    QTRY_COMPARE(appeared.size(), 1);
 }
 
 void TestCustomWindow::keepsWhereTheMouseWasPressed()

@@ -36,6 +36,7 @@ private slots:
     void leavesOutWhatItDoesNotKnow();
     void givesNothingForAFileThatBreaksOff();
     void survivesAnInterfaceFileWithoutOutlets();
+    void isThereBeforeItsServices();
 
 private:
     static QList<RolloverButton *> buttons(const ViewWorld &world)
@@ -310,6 +311,27 @@ void TestLauncherInterface::survivesAnInterfaceFileWithoutOutlets()
     QCOMPARE(log.lines().size(), 22);
     QVERIFY(
         log.lines().contains(QStringLiteral("The launcher's interface file has no playButton.")));
+}
+
+void TestLauncherInterface::isThereBeforeItsServices()
+{
+    ViewWorld world;
+    const std::unique_ptr<QWidget> root(InterfaceLoader().load(QStringLiteral("Launcher")));
+    auto *view = qobject_cast<LauncherView *>(root.get());
+    QVERIFY(view);
+    view->awakeFromNib();
+    const auto buttons = view->findChildren<RolloverButton *>();
+    QCOMPARE(buttons.size(), 11);
+    for (auto *button : buttons)
+        button->click();
+    QCOMPARE(world.terminations, 0);
+    QCOMPARE(view->findChild<NewsView *>()->url(), QUrl());
+
+    view->setServices({world.configuration, world.httpClient, world.workspace, world.alertPresenter,
+                       world.localAuthentication, [&world] { ++world.terminations; }});
+    QCOMPARE(view->findChild<NewsView *>()->url(), QUrl(world.configuration.newsUrl()));
+    view->findChild<RolloverButton *>(QStringLiteral("closeButton"))->click();
+    QCOMPARE(world.terminations, 1);
 }
 
 QUELLMOOR_TEST(TestLauncherInterface, "LauncherInterface")
