@@ -1,5 +1,6 @@
 #pragma once
 
+#include "account/TouchID.h"
 #include "platform/UserDefaults.h"
 
 #include <QString>
@@ -13,7 +14,7 @@ class BiometricContext;
 // Login by fingerprint: offers once to remember the account, keeps it in the settings, and gives it
 // out again after a finger was recognised. Main thread only, where nothing else is said. What it is
 // given must outlive it; it must outlive the questions it has asked.
-class LocalAuthenticationHandler
+class LocalAuthenticationHandler final : public TouchID
 {
 public:
     using Completion = std::function<void(const QString &username, const QString &password)>;
@@ -30,7 +31,7 @@ public:
     bool askUserToEnableTouchID();
 
     void setTouchID(bool isEnabled);
-    void setHasAskedUserForTouchID(bool hasAsked);
+    void setHasAskedUserForTouchID(bool hasAsked) override;
 
     // Stores the account and enables Touch ID where fingers can be read; otherwise only logs.
     void setupWithUsername(const QString &username, const QString &password);
@@ -48,9 +49,8 @@ public:
     // Writes one line to the system log. Any thread.
     void debug(const QString &text) const;
 
-    // Whether fingers can be read now; why not is logged each time.
-    [[nodiscard]] bool canEvaluatePolicy() const;
-    [[nodiscard]] bool isTouchIDEnabled() const;
+    [[nodiscard]] bool canEvaluatePolicy() const override;
+    [[nodiscard]] bool isTouchIDEnabled() const override;
     [[nodiscard]] bool hasAskedUserForTouchID() const;
 
 private:

@@ -1,22 +1,9 @@
 #include "app/Application.h"
 
-#include "app/Configuration.h"
-#include "app/ErrorHandler.h"
-#include "app/SingleInstance.h"
-#include "app/UpdateCommand.h"
 #include "platform/DispatchQueue.h"
-#include "platform/FileSystem.h"
-#include "platform/HttpClient.h"
-#include "platform/Memory.h"
-#include "platform/SystemLog.h"
-#include "platform/UserDefaults.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -26,7 +13,6 @@ namespace Application {
 namespace {
 
 constexpr int MillisecondsForUnfinishedWork = 2000;
-constexpr int AnotherLauncher = 3;
 
 } // namespace
 
@@ -46,16 +32,6 @@ void name()
     QCoreApplication::setApplicationVersion(QStringLiteral(QUELLMOOR_VERSION));
 }
 
-int becomeWindow(char **argv)
-{
-    const QByteArray program =
-        QFile::encodeName(FileSystem::executablePath() + QStringLiteral("-window"));
-    execv(program.constData(), argv);
-    ErrorHandler::log(QStringLiteral("Cannot start %1: %2")
-                          .arg(QFile::decodeName(program), qt_error_string(errno)));
-    return EXIT_FAILURE;
-}
-
 // A thread that still waits would find its world gone, so the process then ends without tearing it
 // down.
 int end(int exitCode)
@@ -68,32 +44,6 @@ int end(int exitCode)
     }
     std::fflush(nullptr);
     std::_Exit(exitCode);
-}
-
-int runWithoutWindow(const CommandLine &commandLine, int argc, char **argv)
-{
-    Memory::giveLargeBuffersBackAtOnce();
-    const QCoreApplication application(argc, argv);
-    name();
-    SystemLog::setFile(Configuration::logFile());
-    const Configuration configuration = Configuration::compiledIn();
-    SingleInstance instance(configuration.dataFolder);
-    const bool isWriter = commandLine.action == CommandLine::Action::Update;
-    if (isWriter && !instance.claimQuietly()) {
-        ErrorHandler::log(
-            QStringLiteral("Another launcher is at work on %1.").arg(configuration.dataFolder));
-        return AnotherLauncher;
-    }
-    UserDefaults userDefaults(configuration.settingsFile());
-    const auto httpClient = makeHttpClient(configuration.extraCertificateFile);
-    const auto command =
-        std::make_shared<UpdateCommand>(commandLine, configuration, *httpClient, userDefaults);
-
-    DispatchQueue::global(DispatchQueue::QualityOfService::High)->async([command] {
-        const int exitCode = command->run();
-        DispatchQueue::main()->async([exitCode] { QCoreApplication::exit(exitCode); });
-    });
-    return end(QCoreApplication::exec());
 }
 
 } // namespace Application

@@ -1,7 +1,7 @@
 #include "app/SingleInstance.h"
 
 #include "app/ErrorHandler.h"
-#include "platform/FileSystem.h"
+#include "app/InstanceLock.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
@@ -27,27 +27,22 @@ QString serverNameFor(const QString &dataFolder)
 } // namespace
 
 SingleInstance::SingleInstance(const QString &dataFolder)
-    : m_serverName(serverNameFor(dataFolder)),
-      m_lock(dataFolder + QStringLiteral("/.launcher.lock")),
-      m_server(this)
+    : m_serverName(serverNameFor(dataFolder)), m_server(this)
 {
-    if (const auto error = FileSystem::createDirectory(dataFolder))
-        ErrorHandler::log(*error);
     connect(&m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket *socket = m_server.nextPendingConnection()) {
             socket->deleteLater();
-            if (m_comeForward)
-                m_comeForward();
+            m_comeForward();
         }
     });
 }
 
-bool SingleInstance::claim()
+bool SingleInstance::waitFor(InstanceLock &lock) const
 {
     const QDeadlineTimer deadline(MillisecondsToComeUp);
-    while (!claimQuietly()) {
-        if (askOtherToComeForward())
-            return false;
+    while (!askOtherToComeForward()) {
+        if (lock.tryToTake())
+            return true;
         if (deadline.hasExpired()) { // one without a window, which nobody can bring forward
             ErrorHandler::log(QStringLiteral("Another launcher is updating the game."));
             return false;
@@ -55,22 +50,7 @@ bool SingleInstance::claim()
         // A lock that is let go tells nobody, nor can one wait for it no longer than so long.
         QThread::msleep(MillisecondsBetweenTries);
     }
-    return true;
-}
-
-bool SingleInstance::claimQuietly()
-{
-    const FileLock::Result result = m_lock.tryLock();
-    if (result == FileLock::Result::Failed)
-        ErrorHandler::log(QStringLiteral("Cannot lock the launcher data folder."));
-    return result != FileLock::Result::Held;
-}
-
-bool SingleInstance::askOtherToComeForward() const
-{
-    QLocalSocket socket;
-    socket.connectToServer(m_serverName);
-    return socket.waitForConnected(MillisecondsForAnAnswer);
+    return false;
 }
 
 void SingleInstance::listen(std::function<void()> comeForward)
@@ -80,4 +60,11 @@ void SingleInstance::listen(std::function<void()> comeForward)
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     if (!m_server.listen(m_serverName))
         ErrorHandler::log(m_server.errorString());
+}
+
+bool SingleInstance::askOtherToComeForward() const
+{
+    QLocalSocket socket;
+    socket.connectToServer(m_serverName);
+    return socket.waitForConnected(MillisecondsForAnAnswer);
 }

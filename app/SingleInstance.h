@@ -1,40 +1,35 @@
 #pragma once
 
-#include "platform/FileLock.h"
-
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
 
 #include <functional>
 
-// One launcher per user and data folder: the first holds a lock there and listens; a later one asks
-// it to come forward and ends. Main thread only; the lock goes with the object, and with the
-// process however it ends.
+class InstanceLock;
+
+// How launchers of one data folder speak to each other: the one that has the lock listens; a later
+// one asks it to come forward and ends. Main thread only.
 class SingleInstance : public QObject
 {
     Q_OBJECT
 
 public:
-    // Makes the data folder when it is missing.
     explicit SingleInstance(const QString &dataFolder);
 
-    // True when this process may go on: it is the first, or the lock cannot be had at all (a folder
-    // that cannot be written), which is logged. False when another launcher is there and has been
-    // asked to come forward. Waits a few seconds at most for one that is just starting.
-    [[nodiscard]] bool claim();
-    // Like claim(), but leaves the other launcher alone and does not wait for it.
-    [[nodiscard]] bool claimQuietly();
+    // For who did not get the lock. True when this process may go on after all, having it now;
+    // false when the other launcher is there and has been asked to come forward. Waits a few
+    // seconds at most for one that is just starting or ending.
+    [[nodiscard]] bool waitFor(InstanceLock &lock) const;
 
-    // From then on `comeForward` runs for each later launcher that asks, those that wait for it
-    // included. Once, and only for who may go on.
+    // For who has the lock: from then on `comeForward` runs for each later launcher that asks,
+    // those that wait for it included. Once.
     void listen(std::function<void()> comeForward);
 
 private:
     [[nodiscard]] bool askOtherToComeForward() const;
 
     const QString m_serverName;
-    FileLock m_lock;
     QLocalServer m_server;
     std::function<void()> m_comeForward;
 };

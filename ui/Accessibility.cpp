@@ -127,6 +127,9 @@ QAccessibleInterface *describe(const QString &, QObject *object)
 
 namespace Accessibility {
 
+// On Linux the web engine describes its pages only when it is told to.
+void openWebPages() { qputenv("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1"); }
+
 void install() { QAccessible::installFactory(describe); }
 
 void makeSpoken(QLabel &label) { label.setProperty(SpokenProperty, true); }

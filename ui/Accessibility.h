@@ -7,6 +7,10 @@ class QLabel;
 // labels can be read out. Main thread only.
 namespace Accessibility {
 
+// Lets screen readers into the web pages of this process. Changes the environment, so call it
+// before the process has a second thread.
+void openWebPages();
+
 // From now on new widgets are described so. May be called again.
 void install();
 

@@ -72,9 +72,30 @@ void CustomWindow::showEvent(QShowEvent *event)
 
 void CustomWindow::paintEvent(QPaintEvent *)
 {
-    if (std::exchange(m_isPainted, true) || !m_patience.isActive())
+    if (!isVisible() || std::exchange(m_isPainted, true))
         return;
-    m_patience.start(LongestWaitForFocus);
+    if (m_patience.isActive())
+        m_patience.start(LongestWaitForFocus);
+    QMetaObject::invokeMethod(this, &CustomWindow::drawTexts, Qt::QueuedConnection);
+}
+
+bool CustomWindow::drawsTexts(QWidget &painted)
+{
+    auto *window = qobject_cast<CustomWindow *>(painted.window());
+    if (!window || window->m_drawsTexts || !window->isVisible())
+        return true;
+    window->m_withoutTexts += &painted;
+    return false;
+}
+
+void CustomWindow::drawTexts()
+{
+    m_drawsTexts = true;
+    QRegion texts;
+    for (const auto &widget : std::exchange(m_withoutTexts, {}))
+        if (widget)
+            texts += QRect(widget->mapTo(this, QPoint(0, 0)), widget->size());
+    repaint(texts); // at once, before anything that waits for `appeared`
     appearSoon();
 }
 

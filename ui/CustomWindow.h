@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QList>
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -34,6 +36,10 @@ public:
     [[nodiscard]] static QPoint originForDrag(const QRect &frame, const QPointF &initialLocation,
                                               const QPointF &location, const QRect &visibleFrame);
 
+    // Whether a widget that is being painted shall draw its texts. Not in the first frame of a
+    // CustomWindow, which is there sooner without them; the widget is painted again right after it.
+    [[nodiscard]] static bool drawsTexts(QWidget &painted);
+
 signals:
     // Once, when the window has been painted and has the keyboard, so that what takes long can
     // begin. A window that is painted and gets no keyboard, or is not even painted, as on a desktop
@@ -54,11 +60,14 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    void drawTexts();
     void appearSoon();
 
     QPointF m_initialLocation;
     bool m_wasShown = false;
     bool m_isPainted = false;
+    bool m_drawsTexts = false;
+    QList<QPointer<QWidget>> m_withoutTexts; // were painted so in the first frame
     QTimer m_patience;     // runs from when it is first shown until it has appeared
     bool m_isHeld = false; // by a press that no control took
 };

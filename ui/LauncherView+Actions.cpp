@@ -1,4 +1,4 @@
-#include "account/LocalAuthenticationHandler.h"
+#include "account/TouchID.h"
 #include "app/Configuration.h"
 #include "platform/AlertPresenter.h"
 #include "platform/Alerts.h"
@@ -76,7 +76,7 @@ void LauncherView::createAccountButtonPressed(QObject *)
 
 void LauncherView::touchIdPressed()
 {
-    if (m_services->localAuthentication.isTouchIDEnabled())
+    if (m_services->touchID.isTouchIDEnabled())
         playPressed(nullptr);
     else
         explainTouchID();
@@ -86,12 +86,12 @@ void LauncherView::explainTouchID()
 {
     Alert alert;
     alert.buttons = {Alerts::tr("Ok")};
-    if (m_services->localAuthentication.canEvaluatePolicy()) {
+    if (m_services->touchID.canEvaluatePolicy()) {
         alert.messageText = Alerts::tr("Touch ID is not yet enabled");
         alert.informativeText =
             Alerts::tr("To enable Touch ID, please login to your account and press play.");
         // So that the login which the alert asks for makes the offer again.
-        m_services->localAuthentication.setHasAskedUserForTouchID(false);
+        m_services->touchID.setHasAskedUserForTouchID(false);
     } else {
         alert.messageText = Alerts::tr("Touch ID is not available");
         alert.informativeText = Alerts::tr("Touch ID is not available on this device.");

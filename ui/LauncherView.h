@@ -13,9 +13,9 @@
 class AlertPresenter;
 class HttpClient;
 class LauncherViewDelegate;
-class LocalAuthenticationHandler;
 class RolloverButton;
 class TextLabel;
+class TouchID;
 class VARNOProgressView;
 class Workspace;
 struct Configuration;
@@ -28,7 +28,7 @@ struct LauncherViewServices
     HttpClient &httpClient;
     Workspace &workspace;
     AlertPresenter &alertPresenter;
-    LocalAuthenticationHandler &localAuthentication;
+    TouchID &touchID;
     // Asks the application to end. From any thread; may be called more than once.
     std::function<void()> terminate;
     // Makes what shows the news; without it none are shown.

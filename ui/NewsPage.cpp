@@ -46,12 +46,6 @@ WebNewsPageMaker *webNewsPageMaker()
 } // namespace
 #endif
 
-void openWebPagesToScreenReaders()
-{
-    // On Linux the web engine describes its pages only when it is told to.
-    qputenv("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1");
-}
-
 NewsView::PageFactory newsPages(HttpClient &httpClient,
                                 [[maybe_unused]] const QString &extraCertificateFile)
 {

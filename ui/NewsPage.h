@@ -19,10 +19,6 @@ public:
     virtual void setDrawsBackground(bool drawsBackground) = 0;
 };
 
-// Lets screen readers into the web pages of this process. Changes the environment, so call it
-// before the process has a second thread.
-void openWebPagesToScreenReaders();
-
 // On Qt's text browser: text, links and simple layout, no scripts and no pictures. The client must
 // outlive the pages.
 [[nodiscard]] NewsView::PageFactory textNewsPages(HttpClient &httpClient);

@@ -1,5 +1,6 @@
 #include "ui/RolloverButton.h"
 
+#include "ui/CustomWindow.h"
 #include "ui/Typography.h"
 
 #include <QPainter>
@@ -121,7 +122,8 @@ void RolloverButton::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     imageToPaint().paint(painter, rect());
-    paintCaption(painter);
+    if (CustomWindow::drawsTexts(*this))
+        paintCaption(painter);
     if (hasFocus())
         paintFocus(painter);
 }

@@ -1,5 +1,6 @@
 #include "ui/TextField.h"
 
+#include "ui/CustomWindow.h"
 #include "ui/Typography.h"
 
 #include <QKeyEvent>
@@ -68,7 +69,8 @@ void TextField::focusOutEvent(QFocusEvent *event)
 
 void TextField::paintEvent(QPaintEvent *event)
 {
-    QLineEdit::paintEvent(event);
+    if (CustomWindow::drawsTexts(*this))
+        QLineEdit::paintEvent(event);
     if (!hasFocus())
         return;
     QPainter painter(this);

@@ -1,6 +1,7 @@
 #include "ui/TextLabel.h"
 
 #include "ui/Accessibility.h"
+#include "ui/CustomWindow.h"
 #include "ui/Typography.h"
 
 #include <QPainter>
@@ -100,6 +101,8 @@ QStringList TextLabel::shownLines() const
 
 void TextLabel::paintEvent(QPaintEvent *)
 {
+    if (!CustomWindow::drawsTexts(*this))
+        return;
     const QStringList lines = shownLines();
     QPainter painter(this);
     painter.setFont(font());

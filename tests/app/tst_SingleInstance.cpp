@@ -1,5 +1,6 @@
 #include "LogCapture.h"
 #include "TestMain.h"
+#include "app/InstanceLock.h"
 #include "app/SingleInstance.h"
 
 #include <QDir>
@@ -22,20 +23,16 @@ private slots:
     void takesOverTheLockOfAKilledLauncher();
     void leavesNothingBehind();
     void goesOnWithALogLineWhenTheFolderCannotBeLocked();
-    void claimsQuietlyOnlyWhenNobodyIsThere();
+    void leavesTheFirstAloneWhenItOnlyTries();
     void keepsOneThatComesBeforeItListensWaiting();
 };
 
 namespace {
 
-// `asked` counts how often the first was asked to come forward.
-void refusesASecondWhichAsks(const QString &folder, const int &asked)
+// As a launcher does it.
+bool mayGoOn(InstanceLock &lock)
 {
-    bool isSecondAllowed = true;
-    std::jthread second([&] { isSecondAllowed = SingleInstance(folder).claim(); });
-    QTRY_COMPARE(asked, 1);
-    second.join();
-    QVERIFY(!isSecondAllowed);
+    return lock.tryToTake() || SingleInstance(lock.dataFolder()).waitFor(lock);
 }
 
 } // namespace
@@ -44,31 +41,47 @@ void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
 {
     const QTemporaryDir folder;
     int asked = 0;
+    InstanceLock lock(folder.path());
+    QVERIFY(mayGoOn(lock));
     SingleInstance first(folder.path());
-    QVERIFY(first.claim());
     first.listen([&asked] { ++asked; });
 
-    refusesASecondWhichAsks(folder.path(), asked);
+    bool isSecondAllowed = true;
+    std::jthread second([&] {
+        InstanceLock another(folder.path());
+        isSecondAllowed = mayGoOn(another);
+    });
+    QTRY_COMPARE(asked, 1);
+    second.join();
+    QVERIFY(!isSecondAllowed);
 }
 
 void TestSingleInstance::letsTheNextBeFirstWhenTheFirstHasGone()
 {
     const QTemporaryDir folder;
-    {
-        SingleInstance first(folder.path());
-        QVERIFY(first.claim());
-    }
-    SingleInstance next(folder.path());
-    QVERIFY(next.claim());
+    auto first = std::make_unique<InstanceLock>(folder.path());
+    QVERIFY(mayGoOn(*first));
+    std::atomic<bool> isNextThere = false;
+    bool isNextAllowed = false;
+    std::jthread second([&] {
+        InstanceLock next(folder.path());
+        QVERIFY(!next.tryToTake());
+        isNextThere = true;
+        isNextAllowed = SingleInstance(folder.path()).waitFor(next);
+    });
+    QTRY_VERIFY(isNextThere);
+    first.reset();
+    second.join();
+    QVERIFY(isNextAllowed);
 }
 
 void TestSingleInstance::keepsFoldersApart()
 {
     const QTemporaryDir one;
     const QTemporaryDir other;
-    SingleInstance first(one.path());
-    SingleInstance second(other.path());
-    QVERIFY(first.claim() && second.claim());
+    InstanceLock first(one.path());
+    InstanceLock second(other.path());
+    QVERIFY(first.tryToTake() && second.tryToTake());
 }
 
 void TestSingleInstance::takesOverTheLockOfAKilledLauncher_data()
@@ -84,23 +97,23 @@ void TestSingleInstance::takesOverTheLockOfAKilledLauncher()
 {
     QFETCH(const QByteArray, contents);
     const QTemporaryDir folder;
-    QFile lock(folder.filePath(QStringLiteral(".launcher.lock")));
-    QVERIFY(lock.open(QIODevice::WriteOnly));
-    QCOMPARE(lock.write(contents), contents.size());
-    lock.close();
-    SingleInstance next(folder.path());
-    QVERIFY(next.claimQuietly());
+    QFile file(folder.filePath(QStringLiteral(".launcher.lock")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(contents), contents.size());
+    file.close();
+    InstanceLock next(folder.path());
+    QVERIFY(next.tryToTake());
 }
 
 void TestSingleInstance::leavesNothingBehind()
 {
     const QTemporaryDir folder;
     {
-        SingleInstance first(folder.path());
-        QVERIFY(first.claimQuietly());
+        InstanceLock first(folder.path());
+        QVERIFY(first.tryToTake());
         // One that was refused leaves the file to who holds it.
-        QVERIFY(!SingleInstance(folder.path()).claimQuietly());
-        QVERIFY(!SingleInstance(folder.path()).claimQuietly());
+        QVERIFY(!InstanceLock(folder.path()).tryToTake());
+        QVERIFY(!InstanceLock(folder.path()).tryToTake());
     }
     QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList());
@@ -109,20 +122,21 @@ void TestSingleInstance::leavesNothingBehind()
 void TestSingleInstance::goesOnWithALogLineWhenTheFolderCannotBeLocked()
 {
     const LogCapture log;
-    SingleInstance instance(QStringLiteral("/proc/no-folder-can-be-made-here"));
-    QVERIFY(instance.claimQuietly());
+    InstanceLock lock(QStringLiteral("/proc/no-folder-can-be-made-here"));
+    QVERIFY(lock.tryToTake());
     QVERIFY(log.lines().contains(
         QStringLiteral("+[ErrorHandler log:] [line 14]: Cannot lock the launcher data folder.")));
 }
 
-void TestSingleInstance::claimsQuietlyOnlyWhenNobodyIsThere()
+void TestSingleInstance::leavesTheFirstAloneWhenItOnlyTries()
 {
     const QTemporaryDir folder;
     int asked = 0;
+    InstanceLock lock(folder.path());
+    QVERIFY(lock.tryToTake());
     SingleInstance first(folder.path());
-    QVERIFY(first.claim());
     first.listen([&asked] { ++asked; });
-    QVERIFY(!SingleInstance(folder.path()).claimQuietly());
+    QVERIFY(!InstanceLock(folder.path()).tryToTake());
     QCoreApplication::processEvents();
     QCOMPARE(asked, 0);
 }
@@ -131,16 +145,17 @@ void TestSingleInstance::keepsOneThatComesBeforeItListensWaiting()
 {
     const QTemporaryDir folder;
     int asked = 0;
-    SingleInstance first(folder.path());
-    QVERIFY(first.claim());
-    std::atomic<bool> hasBegun = false;
+    InstanceLock lock(folder.path());
+    QVERIFY(lock.tryToTake());
+    std::atomic<bool> isSecondThere = false;
     bool isSecondAllowed = true;
     std::jthread second([&] {
-        SingleInstance instance(folder.path());
-        hasBegun = true;
-        isSecondAllowed = instance.claim();
+        InstanceLock another(folder.path());
+        isSecondThere = !another.tryToTake();
+        isSecondAllowed = SingleInstance(folder.path()).waitFor(another);
     });
-    QTRY_VERIFY(hasBegun);
+    QTRY_VERIFY(isSecondThere);
+    SingleInstance first(folder.path());
     first.listen([&asked] { ++asked; });
     QTRY_COMPARE(asked, 1);
     second.join();

@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import shutil
 import socket
 import subprocess
 from pathlib import Path
@@ -12,11 +13,12 @@ from harness.firstframe import FirstFrame, comes_true
 
 WINDOW = settings.launcher().with_name("quellmoor-launcher-window")
 WEB_PLUGIN = settings.launcher().with_name("quellmoor-web-news.so")
+ENGINE = settings.launcher().with_name("quellmoor-engine.so")
 WEB_ENGINE = "libQt6WebEngineCore"
 # What must not be loaded for the first frame: the web engine, Qt's reader of interface files with
-# the plugins of its designer, graphics drivers, and what settings and hosts need.
+# the plugins of its designer, graphics drivers, and what settings, hosts and game files need.
 HEAVY = (WEB_ENGINE, WEB_PLUGIN.name, "libQt6UiTools", "libQt6Designer", "libQt6Quick", "libGLX_mesa",
-         "libLLVM", "_dri.so", "libqsqlite", "libqopensslbackend")
+         "libLLVM", "_dri.so", ENGINE.name, "libQt6Sql", "libQt6Network", "libcrypto", "libbz2")
 DAMAGED = b"no settings"
 
 
@@ -60,6 +62,19 @@ class BeforeAnythingElse(case.WindowTest):
         self.frame.go_on()
         awaited = WEB_ENGINE if WEB_PLUGIN.exists() else "libQt6Widgets"
         self.assertTrue(comes_true(lambda: awaited in self.frame.loaded()))
+
+
+class WithoutItsEngine(case.WindowTest):
+    """In a folder that holds only what the window needs."""
+
+    def test_it_says_so_and_ends(self) -> None:
+        for name in (WINDOW.name, "libquellmoor-window.so"):
+            shutil.copy(WINDOW.with_name(name), self.player.root)
+        ended = subprocess.run(
+            [str(self.player.root / WINDOW.name)], capture_output=True, text=True, check=False,
+            timeout=60, env={**self.player.environment(), "QT_QPA_PLATFORM": "offscreen"})
+        self.assertEqual(ended.returncode, 1, ended.stderr)
+        self.assertIn("The launcher is not whole: ", ended.stderr)
 
 
 class WithSilentBuses(case.WindowTest):

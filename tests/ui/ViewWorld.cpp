@@ -3,6 +3,7 @@
 #include "ui/InterfaceLoader.h"
 #include "ui/NewsPage.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -58,10 +59,13 @@ ViewWorld::~ViewWorld() { runMainQueue(); }
 
 void ViewWorld::showWindow()
 {
+    QSignalSpy appeared(&window, &CustomWindow::appeared);
     window.show();
     window.activateWindow();
     if (!QTest::qWaitForWindowActive(&window))
         qFatal("The window did not get the keyboard.");
+    if (appeared.isEmpty() && !appeared.wait())
+        qFatal("The window did not appear.");
 }
 
 void ViewWorld::runMainQueue() { QCoreApplication::sendPostedEvents(QCoreApplication::instance()); }

@@ -42,6 +42,7 @@ private slots:
     void tellsOnceThatItHasAppeared();
     void tellsThatItHasAppearedWithoutTheKeyboard();
     void tellsThatItHasAppearedOutOfSight();
+    void drawsTextsRightAfterTheFirstFrame();
     void keepsWhereTheMouseWasPressed();
     void originForDrag_data();
     void originForDrag();
@@ -143,6 +144,36 @@ void TestCustomWindow::tellsThatItHasAppearedOutOfSight()
     const QSignalSpy appeared(&window, &CustomWindow::appeared);
     window.show();
     QTRY_COMPARE(appeared.size(), 1);
+}
+
+void TestCustomWindow::drawsTextsRightAfterTheFirstFrame()
+{
+    class Label final : public QWidget
+    {
+    public:
+        using QWidget::QWidget;
+        QList<bool> drawn;
+
+    protected:
+        void paintEvent(QPaintEvent *) override { drawn += CustomWindow::drawsTexts(*this); }
+    };
+    CustomWindow window(QRect(0, 0, 400, 300));
+    Label label(&window);
+    label.setGeometry(10, 20, 30, 40);
+    window.grab();
+    QCOMPARE(label.drawn, QList<bool>{true}); // nobody watches
+    qsizetype drawnWhenItAppeared = 0;
+    connect(&window, &CustomWindow::appeared, &window,
+            [&] { drawnWhenItAppeared = label.drawn.size(); });
+    window.show();
+    QTRY_COMPARE(drawnWhenItAppeared, 3);
+    QCOMPARE(label.drawn, (QList<bool>{true, false, true}));
+    window.repaint();
+    QCOMPARE(label.drawn, (QList<bool>{true, false, true, true}));
+
+    Label elsewhere;
+    elsewhere.show();
+    QTRY_COMPARE(elsewhere.drawn, QList<bool>{true});
 }
 
 void TestCustomWindow::keepsWhereTheMouseWasPressed()
