@@ -28,9 +28,10 @@ public:
     // For who did not get the lock, see SingleInstance::waitFor().
     [[nodiscard]] virtual bool waitFor(InstanceLock &lock) = 0;
     // The log must outlive the launcher. Whoever comes later brings it forward from then on.
-    [[nodiscard]] virtual std::unique_ptr<Launcher>
-    make(const Configuration &configuration, const RecentLog &recentLog,
-         std::unique_ptr<LauncherWindow> window, bool showsTouchBar) = 0;
+    [[nodiscard]] virtual std::unique_ptr<Launcher> make(const Configuration &configuration,
+                                                         const RecentLog &recentLog,
+                                                         std::unique_ptr<LauncherWindow> window,
+                                                         bool showsTouchBar) = 0;
 };
 
 #define LauncherMaker_iid "quellmoor.LauncherMaker/1"

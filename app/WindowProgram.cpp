@@ -68,8 +68,8 @@ int runWindowProgram(int argc, char **argv)
     std::unique_ptr<Launcher> launcher;
     QObject::connect(&window->window(), &CustomWindow::appeared, &application, [&] {
         if (LauncherMaker *maker = launcherMaker()) {
-            launcher = maker->make(configuration, recentLog, std::move(window),
-                                   commandLine.showsTouchBar);
+            launcher =
+                maker->make(configuration, recentLog, std::move(window), commandLine.showsTouchBar);
             appDelegate.applicationDidFinishLaunching();
         } else {
             QCoreApplication::exit(EXIT_FAILURE);

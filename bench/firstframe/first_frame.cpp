@@ -1,8 +1,10 @@
 // Preloaded into a program: tells when its window stands painted on the screen and has the
 // keyboard. Writes a line to the file descriptor in FIRST_FRAME_FD: the monotonic clock at that
 // time and the processor time that the program has used, both in nanoseconds. With a name in
-// FIRST_FRAME_FOCUS the widget of that name must have the keyboard, otherwise any window. With
-// FIRST_FRAME_STOP the program then stops, as by SIGSTOP, so that it can be looked at.
+// FIRST_FRAME_FOCUS the widget of that name must have the keyboard, otherwise any window. With a
+// name in FIRST_FRAME_TEXTS the widget of that name must have been painted a second time: texts
+// follow the first frame. With FIRST_FRAME_STOP the program then stops, as by SIGSTOP, so that it
+// can be looked at.
 #include <QApplication>
 #include <QWidget>
 
@@ -28,15 +30,25 @@ public:
     bool eventFilter(QObject *object, QEvent *event) override
     {
         const auto *widget = qobject_cast<QWidget *>(object);
-        if (event->type() == QEvent::Paint && widget && widget->isWindow())
-            m_isPainted = true;
-        if (m_isPainted && !m_isTold)
+        if (event->type() == QEvent::Paint && widget)
+            notePaintingOf(*widget);
+        else if (m_paintedTexts == 2)
+            look(); // what was painted is on the screen when something else happens
+        if (m_isPainted && m_texts.isEmpty() && !m_isTold)
             // What is painted now is on the screen when the event loop has its next turn.
             QMetaObject::invokeMethod(this, &FirstFrame::look, Qt::QueuedConnection);
         return false;
     }
 
 private:
+    void notePaintingOf(const QWidget &widget)
+    {
+        if (widget.isWindow())
+            m_isPainted = true;
+        if (!m_texts.isEmpty() && widget.objectName() == m_texts && m_paintedTexts < 2)
+            ++m_paintedTexts;
+    }
+
     void look()
     {
         const QWidget *focus = QApplication::focusWidget();
@@ -51,7 +63,9 @@ private:
     }
 
     const QString m_focus = qEnvironmentVariable("FIRST_FRAME_FOCUS");
+    const QString m_texts = qEnvironmentVariable("FIRST_FRAME_TEXTS");
     bool m_isPainted = false;
+    int m_paintedTexts = 0;
     bool m_isTold = false;
 };
 
