@@ -1,6 +1,7 @@
 #pragma once
 
-// The player's choice to log in with a finger, as far as the user interface asks for it. Main
+// The player's choice to log in with a finger, as far as the user interface asks for it: without
+// the settings and all else that LocalAuthenticationHandler, which is one, brings along. Main
 // thread only.
 class TouchID
 {

@@ -5,7 +5,7 @@
 #include <QString>
 
 // Only one launcher a user and data folder: the lock that it holds there. It goes with the object,
-// and with the process however that ends. Main thread only.
+// and with the process however that ends. One thread at a time.
 class InstanceLock
 {
 public:

@@ -34,5 +34,6 @@ public:
                                                          bool showsTouchBar) = 0;
 };
 
-#define LauncherMaker_iid "quellmoor.LauncherMaker/1"
+// Both sides must be of one build: they know each other's classes.
+#define LauncherMaker_iid "quellmoor.LauncherMaker/" QUELLMOOR_VERSION
 Q_DECLARE_INTERFACE(LauncherMaker, LauncherMaker_iid)

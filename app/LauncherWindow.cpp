@@ -24,6 +24,7 @@ LauncherView &LauncherWindow::showWindowAndLoadView()
     m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
     m_window.setFixedSize(m_window.size());
     m_window.show();
+    m_input.emplace(*m_window.windowHandle());
     auto *view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
     if (!view)
         qFatal("the launcher's interface is not part of this program");

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "ui/CustomWindow.h"
+#include "ui/HeldInput.h"
+
+#include <optional>
 
 class LauncherView;
 
@@ -13,6 +16,9 @@ public:
     // Shows itself; it is painted when the event loop runs, and then `window().appeared()` comes.
     LauncherWindow();
 
+    // Hands on what the player has typed and clicked so far; before, it would reach nobody.
+    void letInputIn() { m_input->letGo(); }
+
     [[nodiscard]] CustomWindow &window() { return m_window; }
     [[nodiscard]] LauncherView &view() { return m_view; }
 
@@ -20,5 +26,6 @@ private:
     [[nodiscard]] LauncherView &showWindowAndLoadView();
 
     CustomWindow m_window;
-    LauncherView &m_view; // the window's
+    std::optional<HeldInput> m_input; // once the window is there
+    LauncherView &m_view;             // the window's
 };

@@ -115,7 +115,10 @@ void WindowApplication::start()
 {
     m_controller->viewDidLoad();
     // After what the view has queued for itself, which takes the keyboard from the fields.
-    DispatchQueue::main()->async([controller = m_controller] { controller->viewDidAppear(); });
+    DispatchQueue::main()->async([this, controller = m_controller] {
+        controller->viewDidAppear();
+        m_launcherWindow->letInputIn();
+    });
 }
 
 void WindowApplication::showTouchBar()

@@ -13,7 +13,6 @@
 class BiometricContext;
 class LauncherWindow;
 class RecentLog;
-class SingleInstance;
 class TouchBarHost;
 
 // The objects behind the launcher's window and who gets which of them, in the order of their lives:

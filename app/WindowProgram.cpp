@@ -23,11 +23,11 @@
 
 namespace {
 
-// Null, with a line in the log, when the plugin is missing or not of this version.
+// Null, with a line in the log, when the plugin is missing or of another version.
 LauncherMaker *launcherMaker()
 {
-    // Beside the program, or where Qt has its plugins.
-    QPluginLoader loader(QStringLiteral("quellmoor-engine"));
+    QPluginLoader loader(QCoreApplication::applicationDirPath() +
+                         QStringLiteral("/quellmoor-engine"));
     auto *maker = qobject_cast<LauncherMaker *>(loader.instance());
     if (!maker)
         ErrorHandler::log(
@@ -58,7 +58,9 @@ int runWindowProgram(int argc, char **argv)
 
     if (!lock.tryToTake()) {
         LauncherMaker *maker = launcherMaker();
-        if (!maker || !maker->waitFor(lock))
+        if (!maker)
+            return Application::end(EXIT_FAILURE);
+        if (!maker->waitFor(lock))
             return Application::end(0);
     }
     SystemLog::setFile(Configuration::logFile());

@@ -2,6 +2,7 @@
 
 #include "ui/Accessibility.h"
 
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
@@ -14,8 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto LongestWaitForFrame = 1s;
-constexpr auto LongestWaitForFocus = 200ms;
+constexpr auto Patience = 1s;
 
 QRect visibleFrameOf(const QScreen *screen)
 {
@@ -63,19 +63,24 @@ QString CustomWindow::platformName() const { return QGuiApplication::platformNam
 
 void CustomWindow::startSystemMove() { windowHandle()->startSystemMove(); }
 
+// It stays until the program has ended in good order.
+void CustomWindow::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    QCoreApplication::quit();
+}
+
 void CustomWindow::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     if (!std::exchange(m_wasShown, true))
-        m_patience.start(LongestWaitForFrame);
+        m_patience.start(Patience);
 }
 
 void CustomWindow::paintEvent(QPaintEvent *)
 {
     if (!isVisible() || std::exchange(m_isPainted, true))
         return;
-    if (m_patience.isActive())
-        m_patience.start(LongestWaitForFocus);
     QMetaObject::invokeMethod(this, &CustomWindow::drawTexts, Qt::QueuedConnection);
 }
 

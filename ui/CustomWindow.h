@@ -6,7 +6,8 @@
 #include <QWidget>
 
 // The launcher's window: no frame, nothing of its own to be seen, moved by dragging anywhere that
-// no control takes the mouse. Main thread only.
+// no control takes the mouse. Closing it by the desktop's own means ends the program. Main thread
+// only.
 class CustomWindow : public QWidget
 {
     Q_OBJECT
@@ -43,7 +44,7 @@ public:
 signals:
     // Once, when the window has been painted and has the keyboard, so that what takes long can
     // begin. A window that is painted and gets no keyboard, or is not even painted, as on a desktop
-    // that is out of sight, tells so after a moment, too.
+    // that is out of sight, tells so a second after it was shown, too.
     void appeared();
 
 protected:
@@ -52,6 +53,7 @@ protected:
     // Hands a move that has begun with the mouse over to the desktop.
     virtual void startSystemMove();
 
+    void closeEvent(QCloseEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-// A picture as it was rendered while the program was built: reading it is copying, where drawing a
+// A picture as it was rendered while the program was built: it is there at once, where drawing a
 // vector picture of the size of the window takes longer than the rest of the program's start.
 struct PictureFile
 {
@@ -45,7 +45,8 @@ struct PictureFile
         std::memcpy(&header, bytes.constData(), sizeof header);
         points = {header.width, header.height};
         const qsizetype stride = qsizetype(header.pixelWidth) * 4;
-        if (bytes.size() != qsizetype(sizeof header) + stride * header.pixelHeight)
+        if (header.pixelWidth <= 0 || header.pixelHeight <= 0 ||
+            bytes.size() != qsizetype(sizeof header) + stride * header.pixelHeight)
             return false;
         const auto *pixels = reinterpret_cast<const uchar *>(bytes.constData()) + sizeof header;
         image = QImage(

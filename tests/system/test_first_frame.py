@@ -9,7 +9,7 @@ import subprocess
 from pathlib import Path
 
 from harness import case, settings
-from harness.firstframe import FirstFrame, comes_true
+from harness.firstframe import FirstFrame, comes_true, loaded_by
 
 WINDOW = settings.launcher().with_name("quellmoor-launcher-window")
 WEB_PLUGIN = settings.launcher().with_name("quellmoor-web-news.so")
@@ -57,6 +57,14 @@ class BeforeAnythingElse(case.WindowTest):
             return False
         connection.close()
         return True
+
+    def test_a_second_launcher_waits_for_it(self) -> None:
+        with subprocess.Popen(
+                [str(WINDOW)], stderr=subprocess.PIPE, text=True,
+                env={**self.player.environment(), "QT_QPA_PLATFORM": "offscreen"}) as second:
+            self.assertTrue(comes_true(lambda: ENGINE.name in loaded_by(second.pid)))
+            self.frame.go_on()
+            self.assertEqual(second.wait(60), 0)
 
     def test_the_web_engine_follows_where_there_is_one(self) -> None:
         self.frame.go_on()

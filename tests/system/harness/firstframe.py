@@ -40,9 +40,7 @@ class FirstFrame:
         return pid != 0 and os.WIFSTOPPED(how)
 
     def loaded(self) -> str:
-        """The files that are in its memory."""
-        return Path(f"/proc/{self._process.pid}/maps").read_text(encoding="utf-8",
-                                                                 errors="replace")
+        return loaded_by(self._process.pid)
 
     def go_on(self) -> None:
         os.kill(self._process.pid, signal.SIGCONT)
@@ -50,6 +48,11 @@ class FirstFrame:
     def close(self) -> None:
         self._process.kill()
         self._process.wait()
+
+
+def loaded_by(pid: int) -> str:
+    """The files that are in its memory."""
+    return Path(f"/proc/{pid}/maps").read_text(encoding="utf-8", errors="replace")
 
 
 def comes_true(look: Callable[[], bool]) -> bool:
