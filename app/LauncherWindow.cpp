@@ -1,5 +1,6 @@
 #include "app/LauncherWindow.h"
 
+#include "platform/WindowShape.h"
 #include "ui/InterfaceLoader.h"
 #include "ui/LauncherView.h"
 
@@ -24,9 +25,11 @@ LauncherView &LauncherWindow::showWindowAndLoadView()
     m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
     m_window.setFixedSize(m_window.size());
     m_window.show();
+    askDesktopAhead();
     m_input.emplace(*m_window.windowHandle());
     auto *view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
     if (!view)
         qFatal("the launcher's interface is not part of this program");
+    askDesktopAhead();
     return *view;
 }

@@ -7,7 +7,10 @@
 #include <xcb/xcb.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -20,30 +23,79 @@ struct Free
     void operator()(void *reply) const { std::free(reply); }
 };
 
-xcb_window_t ownerOf(xcb_connection_t *connection, const char *selection)
+xcb_connection_t *connectionToX()
 {
-    const std::unique_ptr<xcb_intern_atom_reply_t, Free> atom(xcb_intern_atom_reply(
-        connection,
-        xcb_intern_atom(connection, 0, uint16_t(std::char_traits<char>::length(selection)),
-                        selection),
-        nullptr));
-    if (!atom)
-        return XCB_NONE;
-    const std::unique_ptr<xcb_get_selection_owner_reply_t, Free> owner(
-        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, atom->atom),
-                                      nullptr));
-    return owner ? owner->owner : xcb_window_t(XCB_NONE);
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    // The offscreen platform, too, claims to be on X11, but has no connection.
+    return x11 ? x11->connection() : nullptr;
+}
+
+// Who owns the selection: two questions, of which the second needs the answer to the first.
+class Question
+{
+public:
+    explicit Question(xcb_connection_t *connection)
+        : m_connection(connection),
+          m_atom(xcb_intern_atom(connection, 0, uint16_t(std::strlen(CompositorSelection)),
+                                 CompositorSelection))
+    {
+    }
+
+    void askForOwner()
+    {
+        if (m_owner)
+            return;
+        const std::unique_ptr<xcb_intern_atom_reply_t, Free> atom(
+            xcb_intern_atom_reply(m_connection, m_atom, nullptr));
+        m_owner =
+            xcb_get_selection_owner(m_connection, atom ? atom->atom : xcb_atom_t(XCB_ATOM_NONE));
+    }
+
+    [[nodiscard]] bool hasOwner()
+    {
+        askForOwner();
+        const std::unique_ptr<xcb_get_selection_owner_reply_t, Free> reply(
+            xcb_get_selection_owner_reply(m_connection, *m_owner, nullptr));
+        return reply && reply->owner != XCB_NONE;
+    }
+
+    void send() const { xcb_flush(m_connection); }
+
+private:
+    xcb_connection_t *const m_connection;
+    const xcb_intern_atom_cookie_t m_atom;
+    std::optional<xcb_get_selection_owner_cookie_t> m_owner;
+};
+
+std::optional<Question> &askedAhead()
+{
+    static std::optional<Question> question;
+    return question;
 }
 
 bool desktopBlendsWindows()
 {
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    // The offscreen platform, too, claims to be on X11, but has no connection.
-    xcb_connection_t *connection = x11 ? x11->connection() : nullptr;
-    return !connection || ownerOf(connection, CompositorSelection) != XCB_NONE;
+    xcb_connection_t *connection = connectionToX();
+    if (!connection)
+        return true;
+    if (auto question = std::exchange(askedAhead(), std::nullopt))
+        return question->hasOwner();
+    return Question(connection).hasOwner();
 }
 
 } // namespace
+
+void askDesktopAhead()
+{
+    xcb_connection_t *connection = connectionToX();
+    if (!connection)
+        return;
+    if (auto &question = askedAhead())
+        question->askForOwner();
+    else
+        question.emplace(connection);
+    askedAhead()->send();
+}
 
 void cutToShape(QWidget &window, QWidget &artwork)
 {
