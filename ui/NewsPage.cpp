@@ -34,7 +34,7 @@ void setShareContext()
 WebNewsPageMaker *webNewsPageMaker()
 {
     setShareContext();
-    // Beside the program, or where Qt has its plugins.
+    // Where Qt has its plugins, or beside the program.
     QPluginLoader loader(QStringLiteral("quellmoor-web-news"));
     auto *maker = qobject_cast<WebNewsPageMaker *>(loader.instance());
     if (!maker)

@@ -35,6 +35,32 @@ bool mayGoOn(InstanceLock &lock)
     return lock.tryToTake() || SingleInstance(lock.dataFolder()).waitFor(lock);
 }
 
+// A launcher that finds another one there and waits for it, on a thread of its own.
+class LaterLauncher
+{
+public:
+    explicit LaterLauncher(const QString &folder)
+        : m_thread([this, folder] {
+              InstanceLock lock(folder);
+              m_waits = !lock.tryToTake();
+              m_isAllowed = SingleInstance(folder).waitFor(lock);
+          })
+    {
+    }
+    [[nodiscard]] bool waits() const { return m_waits; }
+    // Waits for its end.
+    [[nodiscard]] bool mayGoOn()
+    {
+        m_thread.join();
+        return m_isAllowed;
+    }
+
+private:
+    std::atomic<bool> m_waits = false;
+    bool m_isAllowed = false;
+    std::jthread m_thread; // last, for it uses the others
+};
+
 } // namespace
 
 void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
@@ -46,14 +72,9 @@ void TestSingleInstance::bringsTheFirstForwardAndEndsTheSecond()
     SingleInstance first(folder.path());
     first.listen([&asked] { ++asked; });
 
-    bool isSecondAllowed = true;
-    std::jthread second([&] {
-        InstanceLock another(folder.path());
-        isSecondAllowed = mayGoOn(another);
-    });
+    LaterLauncher second(folder.path());
     QTRY_COMPARE(asked, 1);
-    second.join();
-    QVERIFY(!isSecondAllowed);
+    QVERIFY(!second.mayGoOn());
 }
 
 void TestSingleInstance::letsTheNextBeFirstWhenTheFirstHasGone()
@@ -61,17 +82,10 @@ void TestSingleInstance::letsTheNextBeFirstWhenTheFirstHasGone()
     const QTemporaryDir folder;
     auto first = std::make_unique<InstanceLock>(folder.path());
     QVERIFY(mayGoOn(*first));
-    std::atomic<bool> isNextThere = false;
-    bool isNextAllowed = false;
-    std::jthread second([&] {
-        InstanceLock next(folder.path());
-        isNextThere = !next.tryToTake();
-        isNextAllowed = SingleInstance(folder.path()).waitFor(next);
-    });
-    QTRY_VERIFY(isNextThere);
+    LaterLauncher next(folder.path());
+    QTRY_VERIFY(next.waits());
     first.reset();
-    second.join();
-    QVERIFY(isNextAllowed);
+    QVERIFY(next.mayGoOn());
 }
 
 void TestSingleInstance::keepsFoldersApart()
@@ -146,19 +160,12 @@ void TestSingleInstance::keepsOneThatComesBeforeItListensWaiting()
     int asked = 0;
     InstanceLock lock(folder.path());
     QVERIFY(lock.tryToTake());
-    std::atomic<bool> isSecondThere = false;
-    bool isSecondAllowed = true;
-    std::jthread second([&] {
-        InstanceLock another(folder.path());
-        isSecondThere = !another.tryToTake();
-        isSecondAllowed = SingleInstance(folder.path()).waitFor(another);
-    });
-    QTRY_VERIFY(isSecondThere);
+    LaterLauncher second(folder.path());
+    QTRY_VERIFY(second.waits());
     SingleInstance first(folder.path());
     first.listen([&asked] { ++asked; });
     QTRY_COMPARE(asked, 1);
-    second.join();
-    QVERIFY(!isSecondAllowed);
+    QVERIFY(!second.mayGoOn());
 }
 
 QUELLMOOR_TEST(TestSingleInstance, "SingleInstance")
