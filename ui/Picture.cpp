@@ -1,13 +1,14 @@
 #include "ui/Picture.h"
 
+#include "platform/SystemLog.h"
 #include "ui/PictureFile.h"
 
 #include <QFile>
 #include <QHash>
+#include <QImageReader>
 #include <QPainter>
 #include <QPixmap>
 #include <QResource>
-#include <QSvgRenderer>
 
 #include <deque>
 #include <optional>
@@ -45,19 +46,14 @@ struct Picture::Drawing
             if (file && file->image.size() == pixels)
                 return keep(QPixmap::fromImage(file->image));
         }
-        QPixmap pixmap(pixels);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        vectors().render(&painter, QRectF(QPointF(), pixels));
-        painter.end();
-        return keep(pixmap);
-    }
-
-    QSvgRenderer &vectors()
-    {
-        if (!renderer)
-            renderer.emplace(pathOf(name));
-        return *renderer;
+        QImageReader reader(pathOf(name));
+        reader.setScaledSize(pixels);
+        QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        if (!reader.read(&image))
+            SystemLog::write(QStringLiteral("The picture %1 cannot be drawn: %2")
+                                 .arg(name, reader.errorString()));
+        return keep(QPixmap::fromImage(image));
     }
 
     const QPixmap &keep(const QPixmap &pixmap)
@@ -69,7 +65,6 @@ struct Picture::Drawing
     }
 
     const QString name;
-    std::optional<QSvgRenderer> renderer; // only when something has to be drawn
     std::deque<QPixmap> renderings;
 };
 
@@ -96,4 +91,7 @@ void Picture::paint(QPainter &painter, const QRectF &rect) const
 
 QString Picture::name() const { return m_drawing ? m_drawing->name : QString(); }
 
-QSize Picture::size() const { return m_drawing ? m_drawing->vectors().defaultSize() : QSize(); }
+QSize Picture::size() const
+{
+    return m_drawing ? QImageReader(pathOf(m_drawing->name)).size() : QSize();
+}

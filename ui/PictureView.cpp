@@ -13,8 +13,16 @@ void PictureView::setPictureName(const QString &name)
     update();
 }
 
+void PictureView::setReplacesBackground(bool replaces)
+{
+    m_replacesBackground = replaces;
+    update();
+}
+
 void PictureView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    if (m_replacesBackground)
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
     m_picture.paint(painter, rect());
 }

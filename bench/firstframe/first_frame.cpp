@@ -34,7 +34,7 @@ public:
             notePaintingOf(*widget);
         else if (m_paintedTexts == 2)
             look(); // what was painted is on the screen when something else happens
-        if (m_isPainted && m_texts.isEmpty() && !m_isTold)
+        if (m_isPainted && m_texts.isEmpty() && !m_isTold && !std::exchange(m_willLook, true))
             // What is painted now is on the screen when the event loop has its next turn.
             QMetaObject::invokeMethod(this, &FirstFrame::look, Qt::QueuedConnection);
         return false;
@@ -51,6 +51,7 @@ private:
 
     void look()
     {
+        m_willLook = false;
         const QWidget *focus = QApplication::focusWidget();
         const bool hasKeyboard = m_focus.isEmpty() ? QApplication::activeWindow() != nullptr
                                                    : focus && focus->objectName() == m_focus;
@@ -66,6 +67,7 @@ private:
     const QString m_texts = qEnvironmentVariable("FIRST_FRAME_TEXTS");
     bool m_isPainted = false;
     int m_paintedTexts = 0;
+    bool m_willLook = false;
     bool m_isTold = false;
 };
 

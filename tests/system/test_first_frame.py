@@ -16,9 +16,11 @@ WEB_PLUGIN = settings.launcher().with_name("quellmoor-web-news.so")
 ENGINE = settings.launcher().with_name("quellmoor-engine.so")
 WEB_ENGINE = "libQt6WebEngineCore"
 # What must not be loaded for the first frame: the web engine, Qt's reader of interface files with
-# the plugins of its designer, graphics drivers, and what settings, hosts and game files need.
-HEAVY = (WEB_ENGINE, WEB_PLUGIN.name, "libQt6UiTools", "libQt6Designer", "libQt6Quick", "libGLX_mesa",
-         "libLLVM", "_dri.so", ENGINE.name, "libQt6Sql", "libQt6Network", "libcrypto", "libbz2")
+# the plugins of its designer, what draws pictures that were not rendered, graphics drivers, and what
+# settings, hosts and game files need.
+HEAVY = (WEB_ENGINE, WEB_PLUGIN.name, "libQt6UiTools", "libQt6Designer", "libQt6Quick", "libQt6Svg",
+         "libGLX_mesa", "libLLVM", "_dri.so", ENGINE.name, "libQt6Sql", "libQt6Network", "libcrypto",
+         "libbz2")
 DAMAGED = b"no settings"
 
 

@@ -2,7 +2,6 @@
 #include "TestMain.h"
 #include "ViewWorld.h"
 #include "ui/InterfaceLoader.h"
-#include "ui/PictureFile.h"
 #include "ui/PictureView.h"
 #include "ui/RolloverButton.h"
 #include "ui/TextLabel.h"
@@ -10,7 +9,6 @@
 
 #include <QAccessible>
 #include <QBuffer>
-#include <QResource>
 #include <QTest>
 
 class TestLauncherInterface : public QObject
@@ -39,7 +37,6 @@ private slots:
     void givesNothingForAFileThatBreaksOff();
     void survivesAnInterfaceFileWithoutOutlets();
     void isThereBeforeItsServices();
-    void drawsItsPicturesFromWhereTheyLie();
 
 private:
     static QList<RolloverButton *> buttons(const ViewWorld &world)
@@ -335,22 +332,6 @@ void TestLauncherInterface::isThereBeforeItsServices()
     QCOMPARE(view->findChild<NewsView *>()->url(), QUrl(world.configuration.newsUrl()));
     view->findChild<RolloverButton *>(QStringLiteral("closeButton"))->click();
     QCOMPARE(world.terminations, 1);
-}
-
-void TestLauncherInterface::drawsItsPicturesFromWhereTheyLie()
-{
-    const QResource resource(QStringLiteral(":/rendered/backdrop@100.pixels"));
-    QVERIFY(resource.isValid());
-    PictureFile file;
-    QVERIFY(file.decode(resource.uncompressedData()));
-    QCOMPARE(file.image.size(), QSize(1000, 640));
-    QVERIFY(file.image.constBits() == resource.data() + sizeof(PictureFile::Header));
-    // Bytes that no picture can begin at are copied; what is none is refused.
-    const QByteArray shifted = "x" + resource.uncompressedData();
-    PictureFile copied;
-    QVERIFY(copied.decode(QByteArray::fromRawData(shifted.constData() + 1, shifted.size() - 1)));
-    QCOMPARE(copied.image, file.image);
-    QVERIFY(!copied.decode(QByteArray(sizeof(PictureFile::Header), '\0')));
 }
 
 QUELLMOOR_TEST(TestLauncherInterface, "LauncherInterface")
