@@ -22,6 +22,7 @@ LauncherWindow::LauncherWindow() : m_window(FirstFrame), m_view(showWindowAndLoa
 LauncherView &LauncherWindow::showWindowAndLoadView()
 {
     // First, for the desktop has work of its own to do with a window. It is painted later.
+    askDesktopAhead();
     m_window.setWindowTitle(QGuiApplication::applicationDisplayName());
     m_window.setFixedSize(m_window.size());
     m_window.show();
@@ -30,6 +31,5 @@ LauncherView &LauncherWindow::showWindowAndLoadView()
     auto *view = qobject_cast<LauncherView *>(InterfaceLoader().load(QStringLiteral("Launcher")));
     if (!view)
         qFatal("the launcher's interface is not part of this program");
-    askDesktopAhead();
     return *view;
 }

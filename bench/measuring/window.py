@@ -37,7 +37,7 @@ def first_frame(bench: Bench) -> str:
     """From the start of the process until the window is painted and has the keyboard, with a fresh
     home on a display of its own, with a session bus as on every desktop. Both programs take turns.
     """
-    turns = bench.sized(60 * bench.rounds, 2)
+    turns = bench.sized(200 * bench.rounds, 2)
     probes = bench.build / "bench" / "firstframe"
     clock, processor = Times(), Times()
     with tempfile.TemporaryDirectory() as folder:
