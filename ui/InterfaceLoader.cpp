@@ -14,71 +14,50 @@
 #include "ui/VARNOProgressView.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QXmlStreamReader>
+#include <QResource>
 
 namespace {
 
 template<typename Class>
-QWidget *make(QWidget *parent)
+QWidget *makeOne(QWidget *parent)
 {
     return new Class(parent);
 }
 
-// The numbers in the children of the current element, by their names.
-QHash<QString, int> readNumbers(QXmlStreamReader &xml)
+QString textOf(const InterfaceFile::Property &property, const QByteArray &context)
 {
-    QHash<QString, int> numbers;
-    while (xml.readNextStartElement()) {
-        const QString name = xml.name().toString();
-        numbers.insert(name, xml.readElementText().toInt());
+    const QString text = property.value.toString();
+    return QCoreApplication::translate(context.constData(), text.toUtf8().constData(),
+                                       property.comment.isEmpty() ? nullptr
+                                                                  : property.comment.constData());
+}
+
+void setTabOrder(const QList<QString> &names, QWidget &root)
+{
+    QWidget *previous = nullptr;
+    for (const QString &name : names) {
+        auto *widget = root.findChild<QWidget *>(name);
+        if (previous && widget)
+            QWidget::setTabOrder(previous, widget);
+        previous = widget;
     }
-    return numbers;
-}
-
-QRect readRect(QXmlStreamReader &xml)
-{
-    const auto numbers = readNumbers(xml);
-    return {numbers.value(QStringLiteral("x")), numbers.value(QStringLiteral("y")),
-            numbers.value(QStringLiteral("width")), numbers.value(QStringLiteral("height"))};
-}
-
-QColor readColor(QXmlStreamReader &xml)
-{
-    const int alpha = xml.attributes().hasAttribute(QStringLiteral("alpha"))
-                          ? xml.attributes().value(QStringLiteral("alpha")).toInt()
-                          : 255;
-    const auto numbers = readNumbers(xml);
-    return {numbers.value(QStringLiteral("red")), numbers.value(QStringLiteral("green")),
-            numbers.value(QStringLiteral("blue")), alpha};
-}
-
-QString readText(QXmlStreamReader &xml, const QByteArray &context)
-{
-    const bool isFixed = xml.attributes().value(QStringLiteral("notr")) == QLatin1String("true");
-    const QByteArray comment = xml.attributes().value(QStringLiteral("comment")).toUtf8();
-    const QString text = xml.readElementText();
-    return isFixed || text.isEmpty()
-               ? text
-               : QCoreApplication::translate(context.constData(), text.toUtf8().constData(),
-                                             comment.isEmpty() ? nullptr : comment.constData());
 }
 
 } // namespace
 
 InterfaceLoader::InterfaceLoader()
     : m_makers{
-          {QStringLiteral("CustomSecureTextFieldCell"), make<CustomSecureTextFieldCell>},
-          {QStringLiteral("CustomTextFieldCell"), make<CustomTextFieldCell>},
-          {QStringLiteral("CustomTouchBarView"), make<CustomTouchBarView>},
-          {QStringLiteral("LauncherView"), make<LauncherView>},
-          {QStringLiteral("NewsView"), make<NewsView>},
-          {QStringLiteral("PictureView"), make<PictureView>},
-          {QStringLiteral("QWidget"), make<QWidget>},
-          {QStringLiteral("RolloverButton"), make<RolloverButton>},
-          {QStringLiteral("TextLabel"), make<TextLabel>},
-          {QStringLiteral("TouchBarButton"), make<TouchBarButton>},
-          {QStringLiteral("VARNOProgressView"), make<VARNOProgressView>},
+          {QStringLiteral("CustomSecureTextFieldCell"), makeOne<CustomSecureTextFieldCell>},
+          {QStringLiteral("CustomTextFieldCell"), makeOne<CustomTextFieldCell>},
+          {QStringLiteral("CustomTouchBarView"), makeOne<CustomTouchBarView>},
+          {QStringLiteral("LauncherView"), makeOne<LauncherView>},
+          {QStringLiteral("NewsView"), makeOne<NewsView>},
+          {QStringLiteral("PictureView"), makeOne<PictureView>},
+          {QStringLiteral("QWidget"), makeOne<QWidget>},
+          {QStringLiteral("RolloverButton"), makeOne<RolloverButton>},
+          {QStringLiteral("TextLabel"), makeOne<TextLabel>},
+          {QStringLiteral("TouchBarButton"), makeOne<TouchBarButton>},
+          {QStringLiteral("VARNOProgressView"), makeOne<VARNOProgressView>},
       }
 {
     Accessibility::install();
@@ -86,84 +65,50 @@ InterfaceLoader::InterfaceLoader()
 
 QWidget *InterfaceLoader::load(const QString &name)
 {
-    QFile file(QStringLiteral(":/interfaces/%1.ui").arg(name));
-    return file.open(QIODevice::ReadOnly) ? load(file) : nullptr;
+    const QResource resource(QStringLiteral(":/interfaces/") + InterfaceFile::name(name));
+    return resource.isValid() ? load(resource.uncompressedData()) : nullptr;
 }
 
-QWidget *InterfaceLoader::load(QIODevice &file)
+QWidget *InterfaceLoader::load(const QByteArray &bytes)
 {
-    QXmlStreamReader xml(&file);
-    std::unique_ptr<QWidget> root;
-    if (!xml.readNextStartElement() || xml.name() != QLatin1String("ui"))
-        return nullptr;
-    while (xml.readNextStartElement()) {
-        if (xml.name() == QLatin1String("class"))
-            m_context = xml.readElementText().toUtf8();
-        else if (xml.name() == QLatin1String("widget") && !root)
-            root.reset(readWidget(xml, nullptr));
-        else if (xml.name() == QLatin1String("tabstops") && root)
-            readTabStops(xml, *root);
-        else
-            xml.skipCurrentElement();
-    }
-    if (xml.hasError())
-        return nullptr;
-    return root.release();
+    QDataStream stream(bytes);
+    InterfaceFile file;
+    stream >> file;
+    return stream.status() == QDataStream::Ok ? load(file) : nullptr;
 }
 
-QWidget *InterfaceLoader::readWidget(QXmlStreamReader &xml, QWidget *parent)
+QWidget *InterfaceLoader::load(const InterfaceFile &file)
 {
-    const QString className = xml.attributes().value(QStringLiteral("class")).toString();
-    const auto maker = m_makers.constFind(className);
+    m_context = file.context;
+    QWidget *root = make(file.root, nullptr);
+    if (root)
+        setTabOrder(file.tabStops, *root);
+    return root;
+}
+
+QWidget *InterfaceLoader::make(const InterfaceFile::Widget &described, QWidget *parent) const
+{
+    const auto maker = m_makers.constFind(described.className);
     if (maker == m_makers.constEnd()) {
-        SystemLog::write(QStringLiteral("No class %1 for the interface file.").arg(className));
-        xml.skipCurrentElement();
+        SystemLog::write(
+            QStringLiteral("No class %1 for the interface file.").arg(described.className));
         return nullptr;
     }
     QWidget *widget = (*maker)(parent);
-    widget->setObjectName(xml.attributes().value(QStringLiteral("name")));
-    while (xml.readNextStartElement()) {
-        if (xml.name() == QLatin1String("property"))
-            readProperty(xml, *widget);
-        else if (xml.name() == QLatin1String("widget"))
-            readWidget(xml, widget);
-        else
-            xml.skipCurrentElement();
-    }
+    widget->setObjectName(described.name);
+    for (const auto &property : described.properties)
+        set(property, *widget);
+    for (const auto &child : described.children)
+        make(child, widget);
     return widget;
 }
 
-void InterfaceLoader::readProperty(QXmlStreamReader &xml, QWidget &widget) const
+void InterfaceLoader::set(const InterfaceFile::Property &property, QWidget &widget) const
 {
-    const QByteArray name = xml.attributes().value(QStringLiteral("name")).toUtf8();
-    if (!xml.readNextStartElement())
-        return;
-    QVariant value;
-    if (xml.name() == QLatin1String("rect"))
-        value = readRect(xml);
-    else if (xml.name() == QLatin1String("color"))
-        value = readColor(xml);
-    else if (xml.name() == QLatin1String("string"))
-        value = readText(xml, m_context);
-    else if (xml.name() == QLatin1String("bool"))
-        value = xml.readElementText() == QLatin1String("true");
-    else // numbers and the names of enumerators, which the property makes its own type
-        value = xml.readElementText();
-    if (!widget.setProperty(name.constData(), value))
+    const QVariant value = property.isTranslated ? textOf(property, m_context) : property.value;
+    if (!widget.setProperty(property.name.constData(), value))
         SystemLog::write(QStringLiteral("%1 in the interface file has no property %2.")
-                             .arg(widget.objectName(), QString::fromUtf8(name)));
-    xml.skipCurrentElement();
-}
-
-void InterfaceLoader::readTabStops(QXmlStreamReader &xml, QWidget &root)
-{
-    QWidget *previous = nullptr;
-    while (xml.readNextStartElement()) {
-        auto *widget = root.findChild<QWidget *>(xml.readElementText());
-        if (previous && widget)
-            QWidget::setTabOrder(previous, widget);
-        previous = widget;
-    }
+                             .arg(widget.objectName(), QString::fromUtf8(property.name)));
 }
 
 QList<QWidget *> InterfaceLoader::topLevelObjects(QWidget *root)

@@ -8,7 +8,6 @@
 #include "ui/VARNOProgressView.h"
 
 #include <QAccessible>
-#include <QBuffer>
 #include <QTest>
 
 class TestLauncherInterface : public QObject
@@ -32,9 +31,6 @@ private slots:
     void fitsEveryCaption();
     void keepsControlsInTheWindowAndApart();
     void givesNothingForAFileThatIsMissing();
-    void listsTopLevelObjectsInTheOrderOfTheFile();
-    void leavesOutWhatItDoesNotKnow();
-    void givesNothingForAFileThatBreaksOff();
     void survivesAnInterfaceFileWithoutOutlets();
     void isThereBeforeItsServices();
 
@@ -251,51 +247,6 @@ void TestLauncherInterface::givesNothingForAFileThatIsMissing()
 {
     QCOMPARE(InterfaceLoader().load(QStringLiteral("NoSuchFile")), nullptr);
     QCOMPARE(InterfaceLoader::topLevelObjects(nullptr), QList<QWidget *>());
-}
-
-void TestLauncherInterface::listsTopLevelObjectsInTheOrderOfTheFile()
-{
-    QByteArray file("<ui version=\"4.0\"><widget class=\"QWidget\" name=\"root\">"
-                    "<widget class=\"PictureView\" name=\"first\"/>"
-                    "<widget class=\"TextLabel\" name=\"second\"/>"
-                    "<widget class=\"PictureView\" name=\"third\"/></widget></ui>");
-    QBuffer device(&file);
-    QVERIFY(device.open(QIODevice::ReadOnly));
-    InterfaceLoader loader;
-    const std::unique_ptr<QWidget> root(loader.load(device));
-    QStringList names;
-    for (const QWidget *object : InterfaceLoader::topLevelObjects(root.get()))
-        names += object->objectName();
-    QCOMPARE(names, (QStringList{QStringLiteral("root"), QStringLiteral("first"),
-                                 QStringLiteral("second"), QStringLiteral("third")}));
-}
-
-void TestLauncherInterface::leavesOutWhatItDoesNotKnow()
-{
-    QByteArray file("<ui version=\"4.0\"><widget class=\"QWidget\" name=\"root\">"
-                    "<widget class=\"Unknown\" name=\"first\"><widget class=\"QWidget\"/></widget>"
-                    "<property name=\"minimumHeight\"><number>30</number></property>"
-                    "<layout class=\"QVBoxLayout\"/>"
-                    "<widget class=\"TextLabel\" name=\"second\"/></widget></ui>");
-    QBuffer device(&file);
-    QVERIFY(device.open(QIODevice::ReadOnly));
-    const LogCapture log;
-    const std::unique_ptr<QWidget> root(InterfaceLoader().load(device));
-    QCOMPARE(InterfaceLoader::topLevelObjects(root.get()).size(), 2);
-    QCOMPARE(root->minimumHeight(), 30);
-    QCOMPARE(log.lines(), QStringList{QStringLiteral("No class Unknown for the interface file.")});
-}
-
-void TestLauncherInterface::givesNothingForAFileThatBreaksOff()
-{
-    QByteArray file("<ui version=\"4.0\"><widget class=\"QWidget\" name=\"root\">");
-    QBuffer device(&file);
-    QVERIFY(device.open(QIODevice::ReadOnly));
-    QCOMPARE(InterfaceLoader().load(device), nullptr);
-    QByteArray another("<html/>");
-    QBuffer other(&another);
-    QVERIFY(other.open(QIODevice::ReadOnly));
-    QCOMPARE(InterfaceLoader().load(other), nullptr);
 }
 
 void TestLauncherInterface::survivesAnInterfaceFileWithoutOutlets()

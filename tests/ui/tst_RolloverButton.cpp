@@ -24,6 +24,8 @@ private slots:
     void isAButtonWithANameForAssistiveTechnology();
     void looksDifferentInEveryState();
     void paintsSharplyOnADenseScreen();
+    void paintsCaptionsOfEveryScript_data();
+    void paintsCaptionsOfEveryScript();
 
 private:
     static void enter(RolloverButton &button);
@@ -209,6 +211,29 @@ void TestRolloverButton::paintsSharplyOnADenseScreen()
     dense.setDevicePixelRatio(1);
     QVERIFY(dense != stretched.scaled(56, 56, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     QVERIFY(dense.pixelColor(28, 28).alpha() > 0);
+}
+
+void TestRolloverButton::paintsCaptionsOfEveryScript_data()
+{
+    QTest::addColumn<QString>("caption");
+    QTest::addColumn<QString>("other");
+    QTest::addRow("Latin") << QStringLiteral("GRAĆ") << QStringLiteral("GRAĘ");
+    QTest::addRow("Cyrillic") << QStringLiteral("ИГРА") << QStringLiteral("ГРАИ");
+    QTest::addRow("Hebrew") << QStringLiteral("שלום") << QStringLiteral("לשום");
+}
+
+// Letters that no font has are boxes, which look all the same.
+void TestRolloverButton::paintsCaptionsOfEveryScript()
+{
+    QFETCH(const QString, caption);
+    QFETCH(const QString, other);
+    RolloverButton button;
+    button.resize(220, 64);
+    button.setCaptionStyle(RolloverButton::Plate);
+    button.setText(caption);
+    const QImage seen = button.grab().toImage();
+    button.setText(other);
+    QVERIFY(button.grab().toImage() != seen);
 }
 
 QUELLMOOR_TEST(TestRolloverButton, "RolloverButton")
