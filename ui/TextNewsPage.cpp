@@ -80,17 +80,20 @@ public:
         HttpRequest request;
         request.url = url;
         request.largestBody = LargestPage;
+        // The browser ends no later than this page does.
+        const auto isWanted = [this, browser = m_browser, load = ++m_loads] {
+            return browser && load == m_loads;
+        };
         // A page that leads elsewhere is none; what was shown before stays.
         const auto leadsElsewhere = std::make_shared<bool>(false);
-        request.mayFollow = [browser = m_browser, policy = m_policy,
-                             leadsElsewhere](const QUrl &target) {
-            *leadsElsewhere = !browser || !policy(target);
+        request.mayFollow = [isWanted, policy = m_policy, leadsElsewhere](const QUrl &target) {
+            *leadsElsewhere = !isWanted() || !policy(target);
             return !*leadsElsewhere;
         };
         m_httpClient.sendAsynchronousRequest(
-            request, [browser = m_browser, leadsElsewhere](const std::optional<QByteArray> &page,
-                                                           const std::optional<Error> &) {
-                if (browser && !*leadsElsewhere)
+            request, [isWanted, browser = m_browser, leadsElsewhere](
+                         const std::optional<QByteArray> &page, const std::optional<Error> &) {
+                if (isWanted() && !*leadsElsewhere)
                     browser->setHtml(page ? simpleNews(decoded(*page)) : QString());
             });
     }
@@ -114,6 +117,7 @@ private:
     const NewsView::Policy m_policy;
     HttpClient &m_httpClient;
     QUrl m_url;
+    int m_loads = 0; // the last one counts
 };
 
 } // namespace

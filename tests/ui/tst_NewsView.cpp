@@ -1,3 +1,4 @@
+#include "FakeHttpClient.h"
 #include "TestMain.h"
 #include "TestServer.h"
 #include "platform/HttpClient.h"
@@ -64,6 +65,7 @@ private slots:
     void textPageGivesUpOnACircleOfRedirects();
     void textPageFetchesNothingThatIsNotAllowed();
     void textPageIsEmptyAfterAFailure();
+    void textPageForgetsALoadOnceANewerOneHasBegun();
     void textPageLaysOutWhateverComesAtOnce_data();
     void textPageLaysOutWhateverComesAtOnce();
     void textPageLoadsNoPictures();
@@ -268,6 +270,34 @@ void TestNewsView::textPageIsEmptyAfterAFailure()
     server.route("/launcher/", TestReply({TestReply::Reset{}}));
     view.view.load(server.url("/launcher/"));
     QTRY_COMPARE(view.text(), QString());
+}
+
+// Whether it fails late, succeeds late or leads elsewhere.
+void TestNewsView::textPageForgetsALoadOnceANewerOneHasBegun()
+{
+    const QUrl url(QStringLiteral("https://a.test/launcher/"));
+    FakeHttpClient httpClient;
+    QList<QUrl> asked;
+    const auto page = textNewsPages(httpClient)(nullptr, [&asked](const QUrl &target) {
+        asked += target;
+        return true;
+    });
+    const auto text = [&page] {
+        return qobject_cast<QTextBrowser *>(page->widget())->toPlainText();
+    };
+    for (int i = 0; i < 3; ++i)
+        page->load(url);
+    QCoreApplication::sendPostedEvents();
+    QCOMPARE(httpClient.connectionCount(), 3);
+    httpClient.last()->deliver("<p>News</p>");
+    QCOMPARE(text(), QStringLiteral("News"));
+
+    httpClient.connection(0)->fail(QStringLiteral("reset"));
+    QCOMPARE(text(), QStringLiteral("News"));
+    QVERIFY(!httpClient.connection(1)->request().mayFollow(url.resolved(QUrl(QStringLiteral("/elsewhere")))));
+    QCOMPARE(asked, QList<QUrl>(3, url));
+    httpClient.connection(1)->deliver("<p>Old news</p>");
+    QCOMPARE(text(), QStringLiteral("News"));
 }
 
 // Each would hold the window for seconds, or for ever, as it is.
