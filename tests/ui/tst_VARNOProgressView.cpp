@@ -44,6 +44,7 @@ private slots:
     void startsWithItsDefaults();
     void isNotUpdatedByItsSetUp();
     void keepsItsBarLayerWhenSetUpAgain();
+    void makesABarLayerWhenThereIsNone();
     void takesFractionsOnly_data();
     void takesFractionsOnly();
     void laysItselfOutForEveryValue();
@@ -58,6 +59,7 @@ private slots:
     void keepsItsFractionWhenResized();
     void paintsTheBarFromTheLeft();
     void paintsOnlyTrackAndBorderAtZero();
+    void paintsTheBorderOverTheBar();
     void cutsTheBarWithTheRoundedCorners();
     void takesItsColorsFromTheInterfaceFile();
 };
@@ -93,6 +95,16 @@ void TestVARNOProgressView::keepsItsBarLayerWhenSetUpAgain()
     QCOMPARE(view.value(), 1.0);
     QCOMPARE(view.barLayer(), bar);
     QCOMPARE(view.layer().sublayers, QList{bar});
+}
+
+void TestVARNOProgressView::makesABarLayerWhenThereIsNone()
+{
+    VARNOProgressView view;
+    const auto first = view.barLayer();
+    view.setBarLayer(nullptr);
+    view.setupDefaults();
+    QVERIFY(view.barLayer() && view.barLayer() != first);
+    QCOMPARE(view.layer().sublayers, (QList{first, view.barLayer()}));
 }
 
 void TestVARNOProgressView::takesFractionsOnly_data()
@@ -268,6 +280,16 @@ void TestVARNOProgressView::paintsOnlyTrackAndBorderAtZero()
     QCOMPARE(colorAt(view, 5, 10), QColor(Qt::black));
     QCOMPARE(colorAt(view, 95, 10), QColor(Qt::black));
     QCOMPARE(colorAt(view, 50, 0).rgb(), view.borderColor()->rgb());
+}
+
+void TestVARNOProgressView::paintsTheBorderOverTheBar()
+{
+    VARNOProgressView view(QRect(0, 0, 100, 20));
+    view.setValue(1.0);
+    QCOMPARE(colorAt(view, 50, 0).rgb(), view.borderColor()->rgb());
+    QCOMPARE(colorAt(view, 50, 10), QColor(Qt::white));
+    QCOMPARE(colorAt(view, 97, 10), QColor(Qt::white));
+    QCOMPARE(colorAt(view, 99, 10).rgb(), view.borderColor()->rgb());
 }
 
 void TestVARNOProgressView::cutsTheBarWithTheRoundedCorners()
