@@ -76,6 +76,8 @@ void LauncherView::createAccountButtonPressed(QObject *)
 
 void LauncherView::touchIdPressed()
 {
+    if (!m_services)
+        return;
     if (m_services->touchID.isTouchIDEnabled())
         playPressed(nullptr);
     else

@@ -92,6 +92,7 @@ public:
     void releaseNotesButtonPressed(QObject *sender);
     void createAccountButtonPressed(QObject *sender);
     // Of the Touch Bar: presses play when Touch ID is enabled, else explains in an alert why not.
+    // Does nothing without services.
     void touchIdPressed();
 
     // TextFieldDelegate
@@ -105,6 +106,7 @@ public:
     // The delegate outlives the view or is taken away; null for none.
     void setDelegate(LauncherViewDelegate *delegate) { m_delegate = delegate; }
     void setIsPlayButtonEnabled(bool isEnabled) { m_isPlayButtonEnabled = isEnabled; }
+    // Store what the view uses from now on, in place of what the interface file gave; never null.
     void setPatcherProgressBar(VARNOProgressView *view);
     void setProgressFrameView(PictureView *view);
     void setAccountIDField(TextField *field);
