@@ -1,11 +1,10 @@
-#include "LogCapture.h"
 #include "TestMain.h"
 #include "ViewWorld.h"
+#include "ui/InterfaceLoader.h"
 #include "ui/RolloverButton.h"
 #include "ui/TextLabel.h"
 #include "ui/VARNOProgressView.h"
 
-#include <QEnterEvent>
 #include <QPainter>
 #include <QTest>
 
@@ -43,27 +42,6 @@ public:
     int uses = 0;
 };
 
-// Counts how often text fields lose the keyboard, and how often somebody is told of it.
-class FieldsAtTheEnd final : public QObject
-{
-public:
-    explicit FieldsAtTheEnd(const QList<TextField *> &fields)
-    {
-        for (TextField *field : fields)
-            field->installEventFilter(this);
-    }
-    bool eventFilter(QObject *field, QEvent *event) override
-    {
-        if (event->type() == QEvent::FocusOut) {
-            ++heard;
-            told += static_cast<TextField *>(field)->delegate() ? 1 : 0;
-        }
-        return false;
-    }
-    int heard = 0;
-    int told = 0;
-};
-
 } // namespace
 
 class TestLauncherView : public QObject
@@ -78,12 +56,14 @@ private slots:
     void asksForTheNewsOnceItIsOnTheScreen();
     void loadsTheNewsAnew();
     void fillsItsPlaceWithNothing();
+    void fillsItsFrameInItsOwnCoordinates();
 
     void setsTheStatusLaterOnTheMainThread();
     void setsStatusesFromOtherThreadsInTheirOrder();
     void showsTheServerVersionAtOnce();
     void switchesBetweenFormAndProgress();
     void neverHidesAnythingElse();
+    void switchesLaterWhenAnotherThreadAsks();
     void endsWithTheFormAfterHidingAndPreparingFromAnotherThread();
     void takesTheKeyboardFromTheFieldsEitherWay();
     void leavesTheKeyboardToNoControlWhenTheFormIsHidden();
@@ -91,16 +71,9 @@ private slots:
 
     void shiftsThePictureOfPlayOnly();
     void restoresTheNormalPictureNotTheHoveredOne();
+    void givesPlayItsNormalPictureWhateverTheFileGave();
     void keepsThePlainFlagWithoutChangingTheButton();
-
-    void returnInTheAccountFieldMovesToThePassword();
-    void returnInThePasswordFieldLogsInEvenWhilePlayIsDisabled();
-    void tabOutOfThePasswordFieldDoesNotLogIn();
-    void tellsBothTextsAtEachKeystroke();
-    void ignoresReturnFromTheStatusLine();
-    void logsReturnFromAnUnknownField();
-    void livesWithoutADelegate();
-    void hearsNothingFromItsFieldsWhenItEnds();
+    void usesTheControlsThatItIsGiven();
 
     void usesOnlyTheNewsPageItself_data();
     void usesOnlyTheNewsPageItself();
@@ -108,6 +81,7 @@ private slots:
     void pressesPlayForTouchIDWhenEnabled();
     void explainsThatTouchIDIsNotYetEnabledAndForgetsThatItAsked();
     void explainsThatTouchIDIsNotAvailable();
+    void knowsNothingOfTouchIDWithoutServices();
 
     void canBeMinimised();
 
@@ -169,6 +143,26 @@ void TestLauncherView::fillsItsPlaceWithNothing()
     QCOMPARE(picture, empty);
 }
 
+// Away from the corner these are not its bounds.
+void TestLauncherView::fillsItsFrameInItsOwnCoordinates()
+{
+    QWidget parent;
+    parent.resize(30, 30);
+    QPalette red;
+    red.setColor(QPalette::Window, Qt::red);
+    parent.setPalette(red);
+    LauncherView view(&parent);
+    view.setGeometry(5, 5, 20, 20);
+    QImage picture(30, 30, QImage::Format_ARGB32_Premultiplied);
+    parent.render(&picture);
+    QImage expected(30, 30, QImage::Format_ARGB32_Premultiplied);
+    expected.fill(Qt::red);
+    QPainter painter(&expected);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(10, 10, 15, 15, Qt::transparent);
+    QCOMPARE(picture, expected);
+}
+
 void TestLauncherView::setsTheStatusLaterOnTheMainThread()
 {
     m_world->view->setStatus(QStringLiteral("first"));
@@ -179,12 +173,20 @@ void TestLauncherView::setsTheStatusLaterOnTheMainThread()
 
 void TestLauncherView::setsStatusesFromOtherThreadsInTheirOrder()
 {
-    std::thread([this] {
-        for (int i = 1; i <= 100; ++i)
-            m_world->view->setStatus(QString::number(i));
+    QStringList given;
+    for (int i = 1; i <= 100; ++i)
+        given += QString::number(i);
+    QStringList shown;
+    connect(
+        &m_world->child<TextLabel>("statusLabel"), &TextLabel::stringValueChanged, this,
+        [&shown](const QString &status) { shown += status; }, Qt::DirectConnection);
+    std::thread([this, &given] {
+        for (const QString &status : given)
+            m_world->view->setStatus(status);
     }).join();
+    QCOMPARE(shown, QStringList());
     ViewWorld::runMainQueue();
-    QCOMPARE(text("statusLabel"), QStringLiteral("100"));
+    QCOMPARE(shown, given);
 }
 
 void TestLauncherView::showsTheServerVersionAtOnce()
@@ -213,6 +215,16 @@ void TestLauncherView::neverHidesAnythingElse()
         ViewWorld::runMainQueue();
         QCOMPARE(m_world->visible(otherControls()), otherControls());
     }
+}
+
+void TestLauncherView::switchesLaterWhenAnotherThreadAsks()
+{
+    std::thread([this] { m_world->view->hideLoginForm(true); }).join();
+    QCOMPARE(m_world->visible(formControls()), formControls());
+    QCOMPARE(m_world->visible(progressControls()), QStringList());
+    ViewWorld::runMainQueue();
+    QCOMPARE(m_world->visible(formControls()), QStringList());
+    QCOMPARE(m_world->visible(progressControls()), progressControls());
 }
 
 void TestLauncherView::endsWithTheFormAfterHidingAndPreparingFromAnotherThread()
@@ -285,6 +297,18 @@ void TestLauncherView::restoresTheNormalPictureNotTheHoveredOne()
     QVERIFY(play.isRolloverEnabled());
 }
 
+void TestLauncherView::givesPlayItsNormalPictureWhateverTheFileGave()
+{
+    const std::unique_ptr<QWidget> root(InterfaceLoader().load(QStringLiteral("Launcher")));
+    auto *view = qobject_cast<LauncherView *>(root.get());
+    auto *play = root->findChild<RolloverButton *>(QStringLiteral("playButton"));
+    QVERIFY(view && play);
+    play->setImage(Picture::named(QStringLiteral("CLOSE_NORMAL")));
+    view->awakeFromNib();
+    QCOMPARE(play->normalImage().name(), QStringLiteral("PLAY_NORMAL"));
+    QCOMPARE(play->image().name(), QStringLiteral("PLAY_NORMAL"));
+}
+
 void TestLauncherView::keepsThePlainFlagWithoutChangingTheButton()
 {
     m_world->view->setIsPlayButtonEnabled(false);
@@ -293,86 +317,37 @@ void TestLauncherView::keepsThePlainFlagWithoutChangingTheButton()
              QStringLiteral("PLAY_NORMAL"));
 }
 
-void TestLauncherView::returnInTheAccountFieldMovesToThePassword()
+void TestLauncherView::usesTheControlsThatItIsGiven()
 {
-    m_world->showWindow();
-    account().becomeFirstResponder();
-    QTest::keyClick(&account(), Qt::Key_Return);
-    QVERIFY(password().hasFocus());
-    QCOMPARE(m_world->delegate.calls, QStringList());
-}
+    VARNOProgressView bar;
+    PictureView frame;
+    PictureView swordsmen;
+    TextField accountField;
+    TextField passwordField;
+    LauncherView &view = *m_world->view;
+    const QList<QWidget *> fields{&accountField, &passwordField};
+    const QList<QWidget *> progress{&bar, &frame};
+    for (QWidget *field : fields)
+        field->show();
+    view.setPatcherProgressBar(&bar);
+    view.setProgressFrameView(&frame);
+    view.setAccountIDField(&accountField);
+    view.setPasswordField(&passwordField);
+    view.setSwordsmenImage(&swordsmen);
+    QCOMPARE(view.swordsmenImage(), &swordsmen);
 
-void TestLauncherView::returnInThePasswordFieldLogsInEvenWhilePlayIsDisabled()
-{
-    m_world->showWindow();
-    m_world->view->setPlayButtonEnabled(false);
-    account().setStringValue(QStringLiteral("pat"));
-    password().setStringValue(QStringLiteral("secret"));
-    password().becomeFirstResponder();
-    QTest::keyClick(&password(), Qt::Key_Return);
+    accountField.setStringValue(QStringLiteral("pat"));
+    passwordField.setStringValue(QStringLiteral("secret"));
+    view.playPressed(nullptr);
     QCOMPARE(m_world->delegate.calls, QStringList{QStringLiteral("login pat|secret")});
-}
 
-void TestLauncherView::tabOutOfThePasswordFieldDoesNotLogIn()
-{
-    m_world->showWindow();
-    password().becomeFirstResponder();
-    QTest::keyClick(&password(), Qt::Key_Tab);
-    QVERIFY(!password().hasFocus());
-    QCOMPARE(m_world->delegate.calls, QStringList());
-}
-
-void TestLauncherView::tellsBothTextsAtEachKeystroke()
-{
-    QTest::keyClicks(&account(), QStringLiteral("ab"));
-    QTest::keyClick(&password(), Qt::Key_X);
-    QCOMPARE(m_world->delegate.calls,
-             (QStringList{QStringLiteral("update a|"), QStringLiteral("update ab|"),
-                          QStringLiteral("update ab|x")}));
-}
-
-void TestLauncherView::ignoresReturnFromTheStatusLine()
-{
-    const LogCapture log;
-    m_world->view->controlTextDidEndEditing(&m_world->child<TextLabel>("statusLabel"),
-                                            TextMovement::Return);
-    QCOMPARE(log.lines(), QStringList());
-    QCOMPARE(m_world->delegate.calls, QStringList());
-}
-
-void TestLauncherView::logsReturnFromAnUnknownField()
-{
-    const LogCapture log;
-    TextField other;
-    m_world->view->controlTextDidEndEditing(&other, TextMovement::Tab);
-    m_world->view->controlTextDidEndEditing(&other, TextMovement::Return);
-    QCOMPARE(log.lines(), QStringList{QStringLiteral(
-                              "Did you add a new textfield? This should not be called.")});
-    QCOMPARE(m_world->delegate.calls, QStringList());
-}
-
-void TestLauncherView::livesWithoutADelegate()
-{
-    m_world->view->setDelegate(nullptr);
-    QTest::keyClicks(&account(), QStringLiteral("a"));
-    m_world->view->playPressed(nullptr);
-    QCOMPARE(m_world->delegate.calls, QStringList());
-}
-
-// A view that is a window loses the keyboard while it is taken down.
-void TestLauncherView::hearsNothingFromItsFieldsWhenItEnds()
-{
-    LauncherView *const view = m_world->view;
-    view->setParent(nullptr);
-    view->show();
-    view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(view));
-    account().becomeFirstResponder();
-    QVERIFY(account().hasFocus());
-    const FieldsAtTheEnd fields({&account(), &password()});
-    delete view;
-    QCOMPARE(fields.heard, 1);
-    QCOMPARE(fields.told, 0);
+    view.hideLoginForm(true);
+    ViewWorld::runMainQueue();
+    for (const QWidget *field : fields)
+        QVERIFY(field->isHidden());
+    for (const QWidget *part : progress)
+        QVERIFY(!part->isHidden());
+    QCOMPARE(m_world->visible(progressControls()), QStringList());
 }
 
 void TestLauncherView::usesOnlyTheNewsPageItself_data()
@@ -442,6 +417,18 @@ void TestLauncherView::explainsThatTouchIDIsNotAvailable()
     QCOMPARE(alert.buttons, QStringList{QStringLiteral("Ok")});
     QVERIFY(m_world->localAuthentication.hasAskedUserForTouchID());
     QCOMPARE(m_world->delegate.calls, QStringList());
+}
+
+void TestLauncherView::knowsNothingOfTouchIDWithoutServices()
+{
+    const std::unique_ptr<QWidget> root(InterfaceLoader().load(QStringLiteral("Launcher")));
+    auto *view = qobject_cast<LauncherView *>(root.get());
+    QVERIFY(view);
+    view->awakeFromNib();
+    RecordingViewDelegate delegate;
+    view->setDelegate(&delegate);
+    view->touchIdPressed();
+    QCOMPARE(delegate.calls, QStringList());
 }
 
 void TestLauncherView::canBeMinimised()

@@ -294,7 +294,8 @@ void TestNewsView::textPageForgetsALoadOnceANewerOneHasBegun()
 
     httpClient.connection(0)->fail(QStringLiteral("reset"));
     QCOMPARE(text(), QStringLiteral("News"));
-    QVERIFY(!httpClient.connection(1)->request().mayFollow(url.resolved(QUrl(QStringLiteral("/elsewhere")))));
+    QVERIFY(!httpClient.connection(1)->request().mayFollow(
+        url.resolved(QUrl(QStringLiteral("/elsewhere")))));
     QCOMPARE(asked, QList<QUrl>(3, url));
     httpClient.connection(1)->deliver("<p>Old news</p>");
     QCOMPARE(text(), QStringLiteral("News"));
