@@ -14,6 +14,8 @@
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineRegisterProtocolHandlerRequest>
+#include <QWebEngineScript>
+#include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
 
@@ -44,7 +46,8 @@ void useOurTypefaces(QWebEngineSettings &settings)
 void restrict(QWebEngineSettings &settings)
 {
     for (const auto attribute :
-         {QWebEngineSettings::ErrorPageEnabled, QWebEngineSettings::FocusOnNavigationEnabled,
+         {QWebEngineSettings::AutoLoadIconsForPage, QWebEngineSettings::ErrorPageEnabled,
+          QWebEngineSettings::FocusOnNavigationEnabled,
           QWebEngineSettings::FullScreenSupportEnabled, QWebEngineSettings::JavascriptCanPaste,
           QWebEngineSettings::JavascriptCanAccessClipboard,
           QWebEngineSettings::LocalContentCanAccessFileUrls,
@@ -52,6 +55,26 @@ void restrict(QWebEngineSettings &settings)
           QWebEngineSettings::PdfViewerEnabled, QWebEngineSettings::PluginsEnabled,
           QWebEngineSettings::ScreenCaptureEnabled})
         settings.setAttribute(attribute, false);
+}
+
+// The engine asks nobody about a navigation inside the page, so this has it ask for a window
+// instead, which is put to the policy. And it asks the player whether the page may be left; nobody
+// answers for the player, so the page does not get to ask. Runs before the page's own scripts and
+// out of their reach.
+constexpr char HouseRules[] =
+    "navigation.addEventListener('navigate', event => {"
+    "    if (event.hashChange) { event.preventDefault(); open(event.destination.url); }"
+    "});"
+    "addEventListener('beforeunload', event => event.stopImmediatePropagation(), true);";
+
+void addHouseRules(QWebEngineScriptCollection &scripts)
+{
+    QWebEngineScript rules;
+    rules.setSourceCode(QLatin1String(HouseRules));
+    rules.setInjectionPoint(QWebEngineScript::DocumentCreation);
+    rules.setWorldId(QWebEngineScript::ApplicationWorld);
+    rules.setRunsOnSubFrames(true);
+    scripts.insert(rules);
 }
 
 class Page final : public QWebEnginePage
@@ -64,6 +87,7 @@ public:
     {
         restrict(*settings());
         useOurTypefaces(*settings());
+        addHouseRules(scripts());
         connect(this, &QWebEnginePage::certificateError, this, &Page::decideAboutCertificate);
         connect(this, &QWebEnginePage::newWindowRequested, this,
                 [this](const QWebEngineNewWindowRequest &request) {
@@ -137,6 +161,8 @@ public:
                 log(QStringLiteral("The news page's process ended with %1.").arg(code));
                 m_view->hide();
             });
+        QObject::connect(m_page.get(), &QWebEnginePage::loadFinished, m_view,
+                         [this](bool isWhole) { endLoad(isWhole); });
     }
 
     ~WebNewsPage() override { delete m_view; }
@@ -145,7 +171,7 @@ public:
 
     void load(const QUrl &url) override
     {
-        m_view->show();
+        m_isLoading = true;
         m_page->load(url);
     }
 
@@ -156,6 +182,14 @@ public:
     }
 
 private:
+    // A link that the policy has refused ends as a load that failed, too, and changes nothing.
+    void endLoad(bool isWhole)
+    {
+        if (std::exchange(m_isLoading, false) || isWhole)
+            m_view->setVisible(isWhole);
+    }
+
+    bool m_isLoading = false; // what load() was told
     QWebEngineProfile m_profile;
     QPointer<QWebEngineView> m_view; // also a child of the news view, which may delete it first
     std::unique_ptr<Page> m_page;    // goes before its profile

@@ -49,6 +49,9 @@ private slots:
     void refusesPermissions();
     void refusesDownloads();
     void isTransparentWhenAsked();
+    void letsNoPageKeepThePlayer();
+    void isEmptyAfterAFailure();
+    void asksTheHostForNothingElse();
     void survivesTheEndOfItsProcess();
 
 private:
@@ -150,6 +153,8 @@ void TestWebNewsPage::putsEveryNavigationToThePolicy_data()
         {"replaced location", "location.replace('/elsewhere')"},
         {"new window", "window.open('/elsewhere')"},
         {"form", "document.getElementById('f').submit()"},
+        {"fragment", "document.getElementById('c').click()"},
+        {"scripted fragment", "location.hash = 'top'"},
         {"frame", "var f = document.createElement('iframe'); f.src = '/elsewhere';"
                   "document.body.appendChild(f)"},
     };
@@ -166,11 +171,12 @@ void TestWebNewsPage::putsEveryNavigationToThePolicy()
     world.view().page()->settings()->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows,
                                                   true);
     world.load("<a id=a href=/elsewhere>a</a> <a id=b target=_blank href=/elsewhere>b</a>"
-               "<form id=f method=post action=/elsewhere></form>");
+               "<a id=c href=#top>c</a><form id=f method=post action=/elsewhere></form>");
     world.view().page()->runJavaScript(script);
     QTRY_COMPARE_WITH_TIMEOUT(world.asked.size(), 2, Patience);
-    QCOMPARE(world.asked.last(), server.url("/elsewhere"));
-    QCOMPARE(world.run(QStringLiteral("location.pathname")).toString(),
+    const bool isFragment = QByteArray(QTest::currentDataTag()).endsWith("fragment");
+    QCOMPARE(world.asked.last(), server.url(isFragment ? "/launcher/#top" : "/elsewhere"));
+    QCOMPARE(world.run(QStringLiteral("location.pathname + location.hash")).toString(),
              QStringLiteral("/launcher/"));
     QCOMPARE(server.requestCount("/elsewhere"), 0);
 }
@@ -263,6 +269,60 @@ void TestWebNewsPage::isTransparentWhenAsked()
     QCOMPARE(world.view().page()->backgroundColor().alpha(), 255);
 }
 
+// A page may ask whether it shall be left once the player has clicked into it.
+void TestWebNewsPage::letsNoPageKeepThePlayer()
+{
+    TestServer server;
+    World world(server);
+    QVERIFY(QTest::qWaitForWindowExposed(&world.window));
+    world.load("<a href=/elsewhere style='position:fixed;inset:0'>a</a><script>"
+               "addEventListener('click', () => document.title = 'clicked');"
+               "addEventListener('beforeunload', event => event.preventDefault());"
+               "onbeforeunload = () => 'Stay';</script>");
+    const auto clicksTheLink = [&world] {
+        QTest::mouseClick(world.view().focusProxy(), Qt::LeftButton, {}, QPoint(200, 150));
+        return QTest::qWaitFor([&] { return world.view().title() == QStringLiteral("clicked"); },
+                               Patience);
+    };
+    QVERIFY(clicksTheLink());
+    QTRY_COMPARE_WITH_TIMEOUT(world.asked.size(), 2, Patience);
+    QCOMPARE(world.asked.last(), server.url("/elsewhere"));
+    QTest::mouseClick(world.view().focusProxy(), Qt::LeftButton, {}, QPoint(200, 150));
+    QTRY_COMPARE_WITH_TIMEOUT(world.asked.size(), 3, Patience);
+    world.load("<p>News</p>");
+}
+
+void TestWebNewsPage::isEmptyAfterAFailure()
+{
+    TestServer server;
+    World world(server);
+    world.load("<p>News</p><a id=a href=/elsewhere>a</a>");
+    QTRY_COMPARE_WITH_TIMEOUT(world.view().page()->isLoading(), false, Patience);
+    QSignalSpy finished(world.view().page(), &QWebEnginePage::loadFinished);
+    world.view().page()->runJavaScript(QStringLiteral("document.getElementById('a').click()"));
+    QVERIFY(finished.wait(Patience));
+    QCOMPARE(finished.first().first().toBool(), false);
+    QVERIFY(!world.page->widget()->isHidden()); // a link that was refused is no failure
+
+    world.allowsAll = true;
+    world.page->load(QUrl(QStringLiteral("https://127.0.0.1:1/launcher/")));
+    QTRY_VERIFY_WITH_TIMEOUT(world.page->widget()->isHidden(), Patience);
+    world.load("<p>News</p>");
+    QTRY_VERIFY_WITH_TIMEOUT(!world.page->widget()->isHidden(), Patience);
+}
+
+void TestWebNewsPage::asksTheHostForNothingElse()
+{
+    TestServer server;
+    server.route("/favicon.ico", html("x"));
+    server.route("/picture", html("x"));
+    World world(server);
+    world.load("<link rel=icon href=/picture><p>News</p>");
+    world.load("<p>News</p>"); // by now the icon of the first would have been asked for
+    QCOMPARE(server.requestCount("/favicon.ico"), 0);
+    QCOMPARE(server.requestCount("/picture"), 0);
+}
+
 void TestWebNewsPage::survivesTheEndOfItsProcess()
 {
     const LogCapture log;
@@ -274,7 +334,7 @@ void TestWebNewsPage::survivesTheEndOfItsProcess()
     QTRY_VERIFY_WITH_TIMEOUT(world.page->widget()->isHidden(), Patience);
     QVERIFY(log.lines().last().contains(QStringLiteral("The news page's process ended")));
     world.load("<p id=p>News again</p>");
-    QVERIFY(!world.page->widget()->isHidden());
+    QTRY_VERIFY_WITH_TIMEOUT(!world.page->widget()->isHidden(), Patience);
     QCOMPARE(world.run(QStringLiteral("document.getElementById('p').textContent")).toString(),
              QStringLiteral("News again"));
 }
