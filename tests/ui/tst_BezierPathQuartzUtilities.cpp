@@ -12,6 +12,7 @@ private slots:
     void converts_data();
     void converts();
     void keepsTheGivenPath();
+    void keepsTheFillRule();
 
 private:
     // One word an element: M, L or C with its point, c for the two further points of a curve.
@@ -94,6 +95,18 @@ void TestBezierPathQuartzUtilities::keepsTheGivenPath()
     const auto result = quartzPath(path);
     QCOMPARE(path, before);
     QVERIFY(result.has_value() && *result != before);
+}
+
+void TestBezierPathQuartzUtilities::keepsTheFillRule()
+{
+    QPainterPath path;
+    path.addRect(0, 0, 10, 10);
+    for (const Qt::FillRule rule : {Qt::OddEvenFill, Qt::WindingFill}) {
+        path.setFillRule(rule);
+        const auto result = quartzPath(path);
+        QVERIFY(result.has_value());
+        QCOMPARE(result->fillRule(), rule);
+    }
 }
 
 QUELLMOOR_TEST(TestBezierPathQuartzUtilities, "BezierPathQuartzUtilities")

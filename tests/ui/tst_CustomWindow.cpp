@@ -194,6 +194,8 @@ void TestCustomWindow::keepsWhereTheMouseWasPressed()
     CustomWindow window(QRect(0, 0, 400, 300));
     press(window, QPointF(37, 41));
     QCOMPARE(window.initialLocation(), QPointF(37, 41));
+    window.setInitialLocation(QPointF(5, 6));
+    QCOMPARE(window.initialLocation(), QPointF(5, 6));
 }
 
 void TestCustomWindow::originForDrag_data()
