@@ -34,6 +34,16 @@ QStringList broken(const QString &text, const QFont &font, int width, bool wraps
     return lines;
 }
 
+// As much of the line as has room, without a part of a word unless that were half of it.
+QString cut(const QString &line, const QFont &font, int width)
+{
+    const QString elided = QFontMetrics(font).elidedText(line, Qt::ElideRight, width);
+    const qsizetype space = elided.lastIndexOf(QLatin1Char(' '));
+    if (elided == line || space < elided.size() / 2)
+        return elided;
+    return elided.first(space) + QChar(0x2026);
+}
+
 } // namespace
 
 TextLabel::TextLabel(QWidget *parent) : QLabel(parent)
@@ -95,7 +105,7 @@ QStringList TextLabel::shownLines() const
         lines += rest;
     }
     if (!lines.isEmpty())
-        lines.last() = QFontMetrics(font()).elidedText(lines.last(), Qt::ElideRight, width());
+        lines.last() = cut(lines.last(), font(), width());
     return lines;
 }
 

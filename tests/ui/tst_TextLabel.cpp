@@ -26,6 +26,7 @@ private slots:
     void wrapsLongLines();
     void breaksWordsThatAreLongerThanALine();
     void endsInAnEllipsisWhenThereIsMore();
+    void cutsBetweenWordsWhereItCan();
     void showsOneLineInSingleLineMode();
     void showsMarkupAsText();
     void hasTheWholeTextInTheToolTipOnlyWhenItIsCut();
@@ -87,6 +88,25 @@ void TestTextLabel::endsInAnEllipsisWhenThereIsMore()
     QVERIFY(label.shownLines().last().endsWith(QChar(0x2026)));
     QVERIFY(QFontMetrics(label.font()).horizontalAdvance(label.shownLines().last()) <=
             label.width());
+}
+
+void TestTextLabel::cutsBetweenWordsWhereItCan()
+{
+    TextLabel label;
+    prepare(label);
+    label.setUsesSingleLineMode(true);
+    const QString word = QStringLiteral("wonderfully");
+    for (int width = 150; width < 250; width += 7) {
+        label.resize(width, label.height());
+        label.setStringValue((word + QLatin1Char(' ')).repeated(20).trimmed());
+        QString shown = label.shownLines().last();
+        QVERIFY(shown.endsWith(QChar(0x2026)));
+        shown.chop(1);
+        for (const QString &part : shown.split(QLatin1Char(' ')))
+            QCOMPARE(part, word);
+    }
+    label.setStringValue(QStringLiteral("a ") + QString(70, QLatin1Char('m')));
+    QVERIFY(label.shownLines().last().size() > 10); // rather a part of a word than next to nothing
 }
 
 void TestTextLabel::showsOneLineInSingleLineMode()
