@@ -37,7 +37,7 @@ QStringList broken(const QString &text, const QFont &font, int width, bool wraps
 // As much of the line as has room, without a part of a word unless that were half of it.
 QString cut(const QString &line, const QFont &font, int width)
 {
-    const QString elided = QFontMetrics(font).elidedText(line, Qt::ElideRight, width);
+    QString elided = QFontMetrics(font).elidedText(line, Qt::ElideRight, width);
     const qsizetype space = elided.lastIndexOf(QLatin1Char(' '));
     if (elided == line || space < elided.size() / 2)
         return elided;
