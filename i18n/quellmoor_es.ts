@@ -287,6 +287,13 @@
     </message>
 </context>
 <context>
+    <name>LauncherView</name>
+    <message>
+        <source>Not available at present</source>
+        <translation>No disponible por ahora</translation>
+    </message>
+</context>
+<context>
     <name>NewsView</name>
     <message>
         <source>News</source>

@@ -287,6 +287,13 @@
     </message>
 </context>
 <context>
+    <name>LauncherView</name>
+    <message>
+        <source>Not available at present</source>
+        <translation>Indisponible pour le moment</translation>
+    </message>
+</context>
+<context>
     <name>NewsView</name>
     <message>
         <source>News</source>

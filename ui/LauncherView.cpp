@@ -161,6 +161,7 @@ void LauncherView::setPlayButtonEnabled(bool isEnabled)
     m_playButton->setImage(isEnabled ? m_playButton->normalImage()
                                      : Picture::named(QStringLiteral("PLAY_DISABLED")));
     m_playButton->setRolloverEnabled(isEnabled);
+    m_playButton->setAccessibleDescription(isEnabled ? QString() : tr("Not available at present"));
 }
 
 void LauncherView::hideLoginForm(bool hide)

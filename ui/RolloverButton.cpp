@@ -11,13 +11,13 @@ namespace {
 constexpr int CaptionHeight = 23;
 
 // The picture of the same button held down, if there is one.
-Picture pressedPicture(const Picture &normal)
+Picture pressedPicture(const Picture &shown)
 {
-    static const QString suffix = QStringLiteral("_NORMAL");
-    const QString name = normal.name();
-    if (!name.endsWith(suffix))
-        return {};
-    return Picture::named(name.chopped(suffix.size()) + QStringLiteral("_PRESSED"));
+    const QString name = shown.name();
+    for (const auto suffix : {QLatin1String("_NORMAL"), QLatin1String("_ROLLOVER")})
+        if (name.endsWith(suffix))
+            return Picture::named(name.chopped(suffix.size()) + QLatin1String("_PRESSED"));
+    return {};
 }
 
 QFont captionFont(RolloverButton::CaptionStyle style)
@@ -96,6 +96,9 @@ void RolloverButton::mouseExited()
 void RolloverButton::setImage(const Picture &image)
 {
     m_image = image;
+    m_looksHovered = !image.isNull() && image == m_rolloverImage;
+    m_looksSwitchedOff = image.name().endsWith(QLatin1String("_DISABLED"));
+    setCursor(m_looksSwitchedOff ? Qt::ArrowCursor : Qt::PointingHandCursor);
     update();
 }
 
@@ -132,20 +135,15 @@ Picture RolloverButton::imageToPaint() const
 {
     if (!looksPressed())
         return m_image;
-    const Picture pressed = pressedPicture(m_normalImage);
+    const Picture pressed = pressedPicture(m_image);
     return pressed.isNull() ? m_image : pressed;
-}
-
-bool RolloverButton::looksHovered() const
-{
-    return !m_rolloverImage.isNull() && m_image == m_rolloverImage;
 }
 
 QColor RolloverButton::captionColor() const
 {
     if (m_captionStyle == Plate)
-        return QColor::fromRgb(m_isRolloverEnabled ? Palette::Ink : Palette::Faded);
-    if (looksHovered() && !looksPressed())
+        return QColor::fromRgb(m_looksSwitchedOff ? Palette::Faded : Palette::Ink);
+    if (m_looksHovered && !looksPressed())
         return QColor::fromRgb(Palette::Bright);
     return QColor::fromRgb(m_captionStyle == Link ? Palette::Brass : Palette::Text);
 }
@@ -174,7 +172,7 @@ void RolloverButton::paintCaption(QPainter &painter) const
                         area.center().y() + metrics.capHeight() / 2 + (looksPressed() ? 1 : 0));
 
     painter.setFont(font);
-    if (m_captionStyle == Plate && m_isRolloverEnabled) {
+    if (m_captionStyle == Plate && !m_looksSwitchedOff) {
         painter.setPen(QColor(255, 240, 205, 120));
         painter.drawText(start + QPointF(0, 1), text());
     }

@@ -40,7 +40,8 @@ public:
     void setRolloverEnabled(bool isRolloverEnabled) { m_isRolloverEnabled = isRolloverEnabled; }
     void setRolloverImage(const Picture &image) { m_rolloverImage = image; }
     void setNormalImage(const Picture &image) { m_normalImage = image; }
-    // Shows a picture.
+    // Shows a picture. With one whose name ends in "_DISABLED" the button looks switched off, to
+    // the mouse, too; it can be pressed all the same.
     void setImage(const Picture &image);
     void setCaptionStyle(CaptionStyle style);
 
@@ -61,8 +62,7 @@ protected:
 
 private:
     [[nodiscard]] Picture imageToPaint() const;
-    [[nodiscard]] bool looksPressed() const { return isDown() && m_isRolloverEnabled; }
-    [[nodiscard]] bool looksHovered() const;
+    [[nodiscard]] bool looksPressed() const { return isDown() && !m_looksSwitchedOff; }
     [[nodiscard]] QColor captionColor() const;
     void paintCaption(QPainter &painter) const;
     void paintFocus(QPainter &painter) const;
@@ -71,5 +71,7 @@ private:
     Picture m_rolloverImage;
     Picture m_normalImage;
     Picture m_image;
+    bool m_looksHovered = false;
+    bool m_looksSwitchedOff = false;
     CaptionStyle m_captionStyle = NoCaption;
 };

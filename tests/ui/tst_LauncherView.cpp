@@ -281,9 +281,12 @@ void TestLauncherView::shiftsThePictureOfPlayOnly()
     QCOMPARE(play.image().name(), QStringLiteral("PLAY_DISABLED"));
     QVERIFY(!play.isRolloverEnabled());
     QVERIFY(play.isEnabled());
+    QCOMPARE(play.accessibleDescription(), QStringLiteral("Not available at present"));
     m_world->showWindow();
     QTest::mouseClick(&play, Qt::LeftButton);
     QCOMPARE(m_world->delegate.calls, QStringList{QStringLiteral("login |")});
+    m_world->view->setPlayButtonEnabled(true);
+    QCOMPARE(play.accessibleDescription(), QString());
 }
 
 void TestLauncherView::restoresTheNormalPictureNotTheHoveredOne()

@@ -19,7 +19,9 @@ private slots:
     void keepsItsPictureWithoutARolloverPicture();
     void keepsItsPictureForAnUnknownName();
     void keepsTheRolloverPictureWithoutANormalOne();
+    void showsNothingNewWhenAPropertyIsSet_data();
     void showsNothingNewWhenAPropertyIsSet();
+    void looksSwitchedOffWithAPictureOfThat();
     void isPressedByMouseAndKeyboard();
     void isAButtonWithANameForAssistiveTechnology();
     void looksDifferentInEveryState();
@@ -140,14 +142,57 @@ void TestRolloverButton::keepsTheRolloverPictureWithoutANormalOne()
     QCOMPARE(button.image(), rollover());
 }
 
+void TestRolloverButton::showsNothingNewWhenAPropertyIsSet_data()
+{
+    QTest::addColumn<RolloverButton::CaptionStyle>("style");
+    QTest::addColumn<bool>("isDown");
+    QTest::newRow("plate") << RolloverButton::Plate << false;
+    QTest::newRow("plate held down") << RolloverButton::Plate << true;
+    QTest::newRow("link") << RolloverButton::Link << false;
+    QTest::newRow("link held down") << RolloverButton::Link << true;
+}
+
 void TestRolloverButton::showsNothingNewWhenAPropertyIsSet()
+{
+    QFETCH(const RolloverButton::CaptionStyle, style);
+    QFETCH(const bool, isDown);
+    RolloverButton button;
+    prepare(button);
+    button.resize(220, 64);
+    button.setCaptionStyle(style);
+    button.setText(QStringLiteral("PLAY"));
+    for (const bool isHovered : {false, true}) {
+        prepare(button);
+        if (isHovered)
+            enter(button);
+        button.setDown(isDown);
+        const Picture image = button.image();
+        const QImage seen = button.grab().toImage();
+        button.setNormalImage(rollover());
+        button.setRolloverImage({});
+        button.setRolloverEnabled(false);
+        QCOMPARE(button.image(), image);
+        QCOMPARE(button.grab().toImage(), seen);
+    }
+}
+
+void TestRolloverButton::looksSwitchedOffWithAPictureOfThat()
 {
     RolloverButton button;
     prepare(button);
-    button.setNormalImage(rollover());
-    button.setRolloverImage({});
-    button.setRolloverEnabled(false);
-    QCOMPARE(button.image(), normal());
+    button.resize(220, 64);
+    button.setCaptionStyle(RolloverButton::Plate);
+    button.setImage(Picture::named(QStringLiteral("PLAY_DISABLED")));
+    const QImage withoutCaption = button.grab().toImage();
+    button.setText(QStringLiteral("PLAY"));
+    const QImage seen = button.grab().toImage();
+    QVERIFY(seen != withoutCaption);
+    QCOMPARE(button.cursor().shape(), Qt::ArrowCursor);
+    button.setDown(true);
+    QCOMPARE(button.grab().toImage(), seen);
+    button.setDown(false);
+    button.setImage(normal());
+    QCOMPARE(button.cursor().shape(), Qt::PointingHandCursor);
 }
 
 void TestRolloverButton::isPressedByMouseAndKeyboard()
