@@ -115,10 +115,11 @@ void TestUpdate::staysResponsiveUnderThousandsOfReports()
 {
     constexpr int reports = 15000;
     constexpr std::chrono::microseconds pause(200);
+    constexpr int slowdown = IsSanitized ? 8 : 2;
     constexpr int longestFrame = IsSanitized ? 500 : 50;
     m_world->view->hideLoginForm(true);
     QVERIFY(QTest::qWaitForWindowExposed(&m_world->window));
-    std::atomic<bool> isDone = false;
+    std::chrono::steady_clock::duration taken{};
     std::thread engine([&, controller = m_world->controller] {
         const auto start = std::chrono::steady_clock::now();
         for (int i = 1; i <= reports; ++i) {
@@ -126,7 +127,7 @@ void TestUpdate::staysResponsiveUnderThousandsOfReports()
             controller->patcherUpdateWithMegaByteCount(i / 10.0, reports / 10.0, 12.5, 3,
                                                        QStringLiteral("archive.bin"), 12);
         }
-        isDone = true;
+        taken = std::chrono::steady_clock::now() - start;
     });
     Heartbeat heart;
     QTRY_COMPARE_WITH_TIMEOUT(
@@ -134,7 +135,10 @@ void TestUpdate::staysResponsiveUnderThousandsOfReports()
         QStringLiteral("Updating file 3 of 12...\narchive.bin\n[1500.0/1500.0MB @ 12.5MB/s]"),
         60000);
     engine.join();
-    QVERIFY(isDone);
+    // As many a second as meant, but for what a busy machine costs.
+    QVERIFY2(taken < reports * pause * slowdown,
+             qPrintable(
+                 QString::number(double(reports) / std::chrono::duration<double>(taken).count())));
     QTRY_COMPARE(m_world->view->patcherProgressBar()->value(), 1.0);
     const qint64 longest = heart.longestTurn();
     QVERIFY2(longest <= longestFrame, qPrintable(QString::number(longest)));

@@ -35,7 +35,8 @@ Scene::Scene(Camera &sceneCamera, const Setting &setting)
                        newsPages(*httpClient, configuration.extraCertificateFile)});
     view->awakeFromNib();
     view->prepareForLogin();
-    view->setServerVersion(QStringLiteral("7.3.0"));
+    if (setting.isOnline)
+        view->setServerVersion(QStringLiteral("7.3.0"));
     window.center();
     window.show();
     if (!QTest::qWaitForWindowActive(&window))
