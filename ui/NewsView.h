@@ -60,10 +60,12 @@ public:
     [[nodiscard]] NewsPage *page() const { return m_page.get(); }
 
 protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
     void makePage();
+    void keepTabPlace();
     [[nodiscard]] bool decide(const QUrl &url);
 
     QUrl m_url;
@@ -71,4 +73,5 @@ private:
     WebPolicyDelegate *m_policyDelegate = nullptr;
     PageFactory m_pageFactory;
     std::unique_ptr<NewsPage> m_page;
+    QPointer<QWidget> m_previous; // in the order of Tab
 };

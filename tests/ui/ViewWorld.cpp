@@ -11,7 +11,11 @@ namespace {
 class EmptyPage final : public NewsPage
 {
 public:
-    EmptyPage(QWidget *parent, QStringList &loaded) : m_widget(parent), m_loaded(loaded) {}
+    EmptyPage(QWidget *parent, QStringList &loaded) : m_widget(parent), m_loaded(loaded)
+    {
+        m_widget.setObjectName(QStringLiteral("newsPage"));
+        m_widget.setFocusPolicy(Qt::StrongFocus);
+    }
 
     QWidget *widget() override { return &m_widget; }
     void load(const QUrl &url) override { m_loaded += QString::fromLatin1(url.toEncoded()); }

@@ -4,7 +4,9 @@
 #include "TestServer.h"
 #include "ui/NewsPage.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
@@ -49,6 +51,7 @@ private slots:
     void refusesPermissions();
     void refusesDownloads();
     void isTransparentWhenAsked();
+    void hasItsPlaceInTheOrderOfTab();
     void letsNoPageKeepThePlayer();
     void isEmptyAfterAFailure();
     void asksTheHostForNothingElse();
@@ -267,6 +270,45 @@ void TestWebNewsPage::isTransparentWhenAsked()
     QCOMPARE(world.view().page()->backgroundColor().alpha(), 0);
     world.page->setDrawsBackground(true);
     QCOMPARE(world.view().page()->backgroundColor().alpha(), 255);
+}
+
+void TestWebNewsPage::hasItsPlaceInTheOrderOfTab()
+{
+    class AnyPage final : public WebPolicyDelegate
+    {
+        void webViewDecidePolicyForNavigationAction(const QUrl &,
+                                                    DecisionListener &listener) override
+        {
+            listener.use();
+        }
+    } policy;
+    TestServer server;
+    server.route("/launcher/", html("<title>page</title><a href=/elsewhere>a</a>"));
+    RefusingHttpClient noClient;
+    QWidget window;
+    QPushButton before(&window);
+    NewsView view(&window);
+    QPushButton after(&window);
+    QWidget::setTabOrder(&before, &view);
+    QWidget::setTabOrder(&view, &after);
+    view.resize(400, 300);
+    view.setPolicyDelegate(&policy);
+    view.setPageFactory(newsPages(noClient, Certificates::shared().authorityFile()));
+    view.load(server.url("/launcher/"));
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTRY_VERIFY_WITH_TIMEOUT(view.page(), Patience);
+    const auto &web = *qobject_cast<QWebEngineView *>(view.page()->widget());
+    QTRY_COMPARE_WITH_TIMEOUT(web.title(), QStringLiteral("page"), Patience);
+    QTRY_VERIFY(web.isVisible());
+
+    before.setFocus();
+    QTest::keyClick(&before, Qt::Key_Tab);
+    QVERIFY(web.isAncestorOf(QApplication::focusWidget()));
+    after.setFocus();
+    QTest::keyClick(&after, Qt::Key_Backtab);
+    QVERIFY(web.isAncestorOf(QApplication::focusWidget()));
 }
 
 // A page may ask whether it shall be left once the player has clicked into it.
