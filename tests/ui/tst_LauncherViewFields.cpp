@@ -86,7 +86,7 @@ void TestLauncherViewFields::logsInAtNoOtherEndOfEditing_data()
     const QString password = QStringLiteral("passwordField");
     QTest::newRow("Tab in the account") << account << int(Qt::Key_Tab) << password;
     QTest::newRow("Backtab in the account")
-        << account << int(Qt::Key_Backtab) << QStringLiteral("closeButton");
+        << account << int(Qt::Key_Backtab) << QStringLiteral("newsPage");
     QTest::newRow("Escape in the account") << account << int(Qt::Key_Escape) << account;
     QTest::newRow("taken from the account") << account << 0 << QString();
     QTest::newRow("Tab in the password")
