@@ -3,8 +3,10 @@
 #include "platform/WindowShape.h"
 #include "ui/TextField.h"
 #include "ui/Typography.h"
+#include "ui/WindowShade.h"
 
 #include <QAccessible>
+#include <QHideEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -17,6 +19,7 @@ constexpr int TextWidth = 380;
 constexpr int ShadowWidth = 14;
 constexpr int Padding = 26;
 constexpr double CornerRadius = 10;
+constexpr int ButtonRadius = 6;
 // A text from a server is cut there, so that the buttons stay on the screen.
 constexpr qsizetype LongestText = 600;
 
@@ -30,21 +33,51 @@ QString panelStyle()
                " padding: 0 5px }"
                "QLineEdit:focus { border-color: %6 }"
                "QPushButton { color: %3; background: transparent; border: 1px solid %3;"
-               " border-radius: 6px; padding: 7px 18px; min-width: 74px }"
+               " border-radius: %7px; padding: 7px 18px; min-width: 74px }"
                "QPushButton:hover { color: %4; border-color: %4; background: #2a2f26 }"
                "QPushButton:pressed { background: #0d1314 }"
                "QPushButton:default { color: %5; background: %3 }"
                "QPushButton:default:hover { background: %4 }"
-               "QPushButton:default:pressed { background: #b98736 }"
-               "QPushButton:focus { border: 2px solid %6; padding: 6px 17px }")
+               "QPushButton:default:pressed { background: #b98736 }")
         .arg(name(Palette::Text), name(Palette::Mist), name(Palette::Brass), name(Palette::Bright),
-             name(Palette::Ink), name(Palette::Teal));
+             name(Palette::Ink), name(Palette::Teal), QString::number(ButtonRadius));
 }
 
 QString shortened(const QString &text)
 {
     return text.size() <= LongestText ? text : text.left(LongestText) + QChar(0x2026);
 }
+
+// Shows the keyboard by a ring that a dark gap parts from the button: on brass the ring alone would
+// differ in nothing but hue.
+class PanelButton final : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        QPushButton::paintEvent(event);
+        if (!hasFocus())
+            return;
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        paintRing(painter, RingWidth, Palette::Peat);
+        paintRing(painter, 0, Palette::Teal);
+    }
+
+private:
+    static constexpr int RingWidth = 2;
+
+    void paintRing(QPainter &painter, int inset, QRgb color) const
+    {
+        const double middle = inset + RingWidth / 2.0;
+        painter.setPen(QPen(QColor::fromRgb(color), RingWidth));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(middle, middle, -middle, -middle),
+                                ButtonRadius - middle, ButtonRadius - middle);
+    }
+};
 
 QLabel *makeLabel(const QString &text, const QFont &font)
 {
@@ -78,6 +111,8 @@ AlertPanel::AlertPanel(const Alert &alert, std::optional<AlertTextField> field, 
     addButtons(*column);
 }
 
+AlertPanel::~AlertPanel() { delete m_shade; }
+
 void AlertPanel::addTexts(QVBoxLayout &column, const Alert &alert)
 {
     // Not bold: the bold cut has no letters with accents.
@@ -103,7 +138,7 @@ void AlertPanel::addButtons(QVBoxLayout &column)
     row->setDirection(QBoxLayout::RightToLeft);
     row->setSpacing(10);
     for (qsizetype i = 0; i < m_buttons.size(); ++i) {
-        auto *button = new QPushButton(m_buttons.at(i), this);
+        auto *button = new PanelButton(m_buttons.at(i), this);
         button->setFont(Typography::text(15, QFont::Medium));
         button->setCursor(Qt::PointingHandCursor);
         button->setAutoDefault(false);
@@ -151,9 +186,18 @@ void AlertPanel::showEvent(QShowEvent *event)
 {
     moveOverOwner();
     cutToShape(*this, *this);
+    if (parentWidget() && !m_shade)
+        m_shade = new WindowShade(*parentWidget());
     QDialog::showEvent(event);
     QAccessibleEvent alert(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
+}
+
+void AlertPanel::hideEvent(QHideEvent *event)
+{
+    if (!event->spontaneous())
+        delete m_shade;
+    QDialog::hideEvent(event);
 }
 
 void AlertPanel::moveOverOwner()

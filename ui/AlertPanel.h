@@ -3,14 +3,17 @@
 #include "platform/AlertPresenter.h"
 
 #include <QDialog>
+#include <QPointer>
 
 class QHBoxLayout;
 class QVBoxLayout;
 class TextField;
+class WindowShade;
 
 // The window of one alert, in the launcher's own style: title, text, perhaps a text field, buttons
 // with the first one on the right. Return presses the first button, Escape the last; so does
-// closing. Its result is the answer as AlertPresenter counts it. Main thread only.
+// closing. Its result is the answer as AlertPresenter counts it. The owner's window is darkened
+// while this is on the screen. Main thread only.
 class AlertPanel : public QDialog
 {
     Q_OBJECT
@@ -18,6 +21,7 @@ class AlertPanel : public QDialog
 public:
     // Over the middle of the owner's window; null for the middle of the screen.
     AlertPanel(const Alert &alert, std::optional<AlertTextField> field, QWidget *owner);
+    ~AlertPanel() override;
 
     // Empty without a field.
     [[nodiscard]] QString fieldText() const;
@@ -28,6 +32,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void addTexts(QVBoxLayout &column, const Alert &alert);
@@ -37,4 +42,5 @@ private:
 
     const QStringList m_buttons;
     TextField *m_field = nullptr;
+    QPointer<WindowShade> m_shade; // the owner's window may go first
 };

@@ -1,8 +1,12 @@
+#include "Contrast.h"
 #include "TestMain.h"
 #include "ui/AlertPanel.h"
 #include "ui/AlertPanelPresenter.h"
+#include "ui/CustomWindow.h"
+#include "ui/PictureView.h"
 #include "ui/TextField.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
@@ -18,6 +22,14 @@ Alert question()
     return {QStringLiteral("Title"),
             QStringLiteral("Text"),
             {QStringLiteral("Confirm"), QStringLiteral("Later"), QStringLiteral("Cancel")}};
+}
+
+QImage seen(QWidget &widget)
+{
+    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+    return image;
 }
 
 AlertPanel *shownPanel()
@@ -48,6 +60,16 @@ private slots:
     void showsMarkupAsText();
     void keepsItsButtonsOnTheScreenForALongText();
 
+    void showsByLightnessWhichButtonHasTheKeyboard_data();
+    void showsByLightnessWhichButtonHasTheKeyboard();
+
+    void darkensItsWindowUntilItIsAnswered_data();
+    void darkensItsWindowUntilItIsAnswered();
+    void darkensItsWindowWhileItIsModal();
+    void darkensItsWindowAsMuchAsTwoOfThem();
+    void darkensItsWindowInsideTheArtworkOnly();
+    void darkensForTheEyeAlone();
+
     void sheetReturnsAtOnceAndLetsNothingElseAnswer();
     void sheetHasAFieldOfThatSizeWithTheKeyboard();
     void sheetHandsTheTextOver_data();
@@ -58,6 +80,7 @@ private slots:
 private:
     // Runs the block as soon as a modal panel is on the screen.
     static void whenShown(const std::function<void(AlertPanel &)> &block);
+    [[nodiscard]] QRgb windowColor() { return m_window.grab().toImage().pixel(5, 5); }
 
     QWidget m_window;
     AlertPanelPresenter m_presenter;
@@ -170,6 +193,131 @@ void TestAlertPanel::keepsItsButtonsOnTheScreenForALongText()
     AlertPanel panel(alert, std::nullopt, &m_window);
     panel.show();
     QVERIFY2(panel.height() < 500, qPrintable(QString::number(panel.height())));
+}
+
+void TestAlertPanel::showsByLightnessWhichButtonHasTheKeyboard_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::newRow("default") << 0;
+    QTest::newRow("other") << 1;
+}
+
+void TestAlertPanel::showsByLightnessWhichButtonHasTheKeyboard()
+{
+    QFETCH(int, index);
+    AlertPanel panel(question(), std::nullopt, &m_window);
+    panel.show();
+    QVERIFY(QTest::qWaitForWindowActive(&panel));
+    QPushButton *button = panel.findChildren<QPushButton *>().at(index);
+    const QRect area(button->mapTo(&panel, QPoint()), button->size());
+    button->setFocus();
+    const QImage with = panel.grab().toImage().copy(area);
+    button->clearFocus();
+    const QImage without = panel.grab().toImage().copy(area);
+    int differing = 0;
+    for (int y = 0; y < with.height(); ++y)
+        for (int x = 0; x < with.width(); ++x)
+            differing += contrast(with.pixel(x, y), without.pixel(x, y)) >= 3 ? 1 : 0;
+    // Three quarters of a ring as thick as a point: the corners are soft.
+    const int enough = 2 * (area.width() + area.height()) * 3 / 4;
+    QVERIFY2(differing >= enough,
+             qPrintable(QStringLiteral("%1 of %2").arg(differing).arg(enough)));
+}
+
+void TestAlertPanel::darkensItsWindowUntilItIsAnswered_data()
+{
+    using End = std::function<void(AlertPanel &)>;
+    QTest::addColumn<End>("end");
+    QTest::newRow("button") << End([](AlertPanel &panel) {
+        QTest::mouseClick(panel.findChild<QPushButton *>(), Qt::LeftButton);
+    });
+    QTest::newRow("Return") << End(
+        [](AlertPanel &panel) { QTest::keyClick(&panel, Qt::Key_Return); });
+    QTest::newRow("Escape") << End(
+        [](AlertPanel &panel) { QTest::keyClick(&panel, Qt::Key_Escape); });
+    QTest::newRow("closed") << End([](AlertPanel &panel) { panel.close(); });
+    QTest::newRow("hidden") << End([](AlertPanel &panel) {
+        panel.hide();
+        panel.deleteLater();
+    });
+    QTest::newRow("deleted") << End([](AlertPanel &panel) { delete &panel; });
+}
+
+void TestAlertPanel::darkensItsWindowUntilItIsAnswered()
+{
+    QFETCH(std::function<void(AlertPanel &)>, end);
+    const QRgb light = windowColor();
+    m_presenter.beginSheet(question(), std::nullopt, [](int, const QString &) {});
+    AlertPanel *panel = shownPanel();
+    QVERIFY(panel);
+    QVERIFY(QTest::qWaitForWindowActive(panel));
+    QVERIFY(contrast(light, windowColor()) > 2);
+    end(*panel);
+    QCOMPARE(windowColor(), light);
+}
+
+void TestAlertPanel::darkensItsWindowWhileItIsModal()
+{
+    const QRgb light = windowColor();
+    QRgb dark = light;
+    whenShown([&](AlertPanel &panel) {
+        dark = windowColor();
+        panel.close();
+    });
+    m_presenter.runModal(question());
+    QVERIFY(contrast(light, dark) > 2);
+    QCOMPARE(windowColor(), light);
+}
+
+void TestAlertPanel::darkensItsWindowAsMuchAsTwoOfThem()
+{
+    const QRgb light = windowColor();
+    auto first = std::make_unique<AlertPanel>(question(), std::nullopt, &m_window);
+    first->show();
+    const QRgb dark = windowColor();
+    AlertPanel second(question(), std::nullopt, &m_window);
+    second.show();
+    QCOMPARE(windowColor(), dark);
+    first.reset();
+    QCOMPARE(windowColor(), dark);
+    second.close();
+    QCOMPARE(windowColor(), light);
+}
+
+void TestAlertPanel::darkensItsWindowInsideTheArtworkOnly()
+{
+    QWidget window;
+    window.setFixedSize(1000, 640);
+    window.setAttribute(Qt::WA_TranslucentBackground);
+    PictureView backdrop(&window);
+    backdrop.setPictureName(QStringLiteral("backdrop"));
+    backdrop.setReplacesBackground(true);
+    backdrop.resize(window.size());
+    window.show();
+    const QImage light = seen(window);
+    AlertPanel panel(question(), std::nullopt, &window);
+    panel.show();
+    const QImage dark = seen(window);
+
+    const QPoint inside(200, 100);
+    QCOMPARE(qAlpha(light.pixel(inside)), 255);
+    QVERIFY(luminance(dark.pixel(inside)) < luminance(light.pixel(inside)));
+    for (int y = 0; y < light.height(); ++y)
+        for (int x = 0; x < light.width(); ++x)
+            if (qAlpha(light.pixel(x, y)) < 128)
+                QCOMPARE(dark.pixel(x, y), light.pixel(x, y));
+}
+
+void TestAlertPanel::darkensForTheEyeAlone()
+{
+    CustomWindow window(QRect(0, 0, 600, 500));
+    QPushButton button(&window);
+    button.setGeometry(10, 10, 80, 30);
+    window.show();
+    AlertPanel panel(question(), std::nullopt, &window);
+    panel.show();
+    QCOMPARE(window.childAt(20, 20), &button);
+    QCOMPARE(QAccessible::queryAccessibleInterface(&window)->childCount(), 1);
 }
 
 void TestAlertPanel::sheetReturnsAtOnceAndLetsNothingElseAnswer()

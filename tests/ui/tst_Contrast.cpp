@@ -1,3 +1,4 @@
+#include "Contrast.h"
 #include "TestMain.h"
 #include "ViewWorld.h"
 #include "ui/RolloverButton.h"
@@ -7,30 +8,9 @@
 #include <QImage>
 #include <QTest>
 
-#include <cmath>
-
 namespace {
 
 constexpr double EnoughContrast = 4.5;
-
-double linear(int channel)
-{
-    const double part = channel / 255.0;
-    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-}
-
-double luminance(QRgb color)
-{
-    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) +
-           0.0722 * linear(qBlue(color));
-}
-
-double contrast(QRgb one, QRgb other)
-{
-    const double a = luminance(one) + 0.05;
-    const double b = luminance(other) + 0.05;
-    return std::max(a, b) / std::min(a, b);
-}
 
 // The parts that differ, and a dot around each: what the eye takes for the ground of a letter.
 QList<QPoint> letters(const QImage &with, const QImage &without, const QRect &area)

@@ -49,6 +49,7 @@ private slots:
     void hasEachOutlet();
     void hasNoControlThatNobodyKnows();
     void isAsLargeAsItsArtwork();
+    void fillsTheOpeningOfTheProgressFrame();
     void givesEachButtonItsPictures_data();
     void givesEachButtonItsPictures();
     void opensEachLink_data();
@@ -112,6 +113,21 @@ void TestLauncherInterface::isAsLargeAsItsArtwork()
         QVERIFY2(!picture.isNull(), qPrintable(view->objectName()));
         QCOMPARE(view->size(), picture.size());
     }
+}
+
+void TestLauncherInterface::fillsTheOpeningOfTheProgressFrame()
+{
+    const ViewWorld world;
+    auto &bar = world.child<VARNOProgressView>("patcherProgressBar");
+    const QRect opening(8, 8, 340, 14);
+    QCOMPARE(bar.geometry(),
+             opening.translated(world.child<PictureView>("progressFrameView").pos()));
+    QImage seen(bar.size(), QImage::Format_ARGB32_Premultiplied);
+    seen.fill(Qt::transparent);
+    bar.render(&seen, QPoint(), QRegion(), QWidget::RenderFlags());
+    for (const QPoint &corner : {seen.rect().topLeft(), seen.rect().topRight(),
+                                 seen.rect().bottomLeft(), seen.rect().bottomRight()})
+        QCOMPARE(qAlpha(seen.pixel(corner)), 255);
 }
 
 void TestLauncherInterface::givesEachButtonItsPictures_data()

@@ -15,7 +15,7 @@ WAY = ["Account", "Password", "Play", "Forgot password?", "Create an account", "
        "Minimise", "Close"]
 MENU = ["Minimise", "Reset fingerprint login", "Copy diagnostics", "Quit"]
 SHEET = [login.TWO_STEPS, "Confirm", "Cancel"]
-VISIBLE = 40  # of 3 * 255
+VISIBLE = 20  # of 255, in lightness
 
 
 def through_the_window(player: Player) -> None:
@@ -116,10 +116,16 @@ def entry_colours(player: Player, entry: Element) -> list[Colour]:
 
 
 def shows_focus(name: str, with_keyboard: list[Colour], without: list[Colour]) -> None:
-    """As many dots as a thin ring around something of that size has must differ clearly."""
+    """As many dots as a thin ring around something of that size has must be clearly lighter or
+    darker: not everybody sees another hue."""
     if len(with_keyboard) != len(without):
         raise NotSeen(f"{name} in its place")
-    differing = sum(sum(abs(a - b) for a, b in zip(*dots)) >= VISIBLE
-                    for dots in zip(with_keyboard, without))
+    differing = sum(abs(lightness(one) - lightness(other)) >= VISIBLE
+                    for one, other in zip(with_keyboard, without))
     if differing ** 2 < len(without):
         raise NotSeen(f"where the keyboard is: of {name} only {differing} dots differ")
+
+
+def lightness(colour: Colour) -> float:
+    red, green, blue = colour
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue
