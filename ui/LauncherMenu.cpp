@@ -18,7 +18,7 @@ QString menuStyle()
                " stop:1 #0e1517) }"
                "QMenu::item { padding: 8px 26px 8px 16px; margin: 1px 0; border-radius: 5px;"
                " background: transparent }"
-               "QMenu::item:selected { color: %2; background: #33342a }"
+               "QMenu::item:selected { color: %2; background: #4a4830 }"
                "QMenu::item:disabled { color: #6f807a; background: transparent }"
                "QMenu::separator { height: 1px; background: #33413d; margin: 5px 10px }")
         .arg(name(Palette::Text), name(Palette::Bright));
