@@ -146,7 +146,14 @@ public:
     WebNewsPage(QWidget *parent, const QString &extraCertificateFile, NewsView::Policy policy,
                 const WebNewsPageMaker::Log &log)
         : m_view(new QWebEngineView(parent)),
-          m_page(std::make_unique<Page>(&m_profile, extraCertificateFile, std::move(policy)))
+          m_page(std::make_unique<Page>(
+              &m_profile, extraCertificateFile,
+              [this, policy = std::move(policy)](const QUrl &navigated) {
+                  const bool isUsed = policy(navigated);
+                  if (!isUsed)
+                      m_isLoading = false; // it ends the load for the engine, but the page stays
+                  return isUsed;
+              }))
     {
         // Without a name a profile keeps nothing on the disk. A download that nobody accepts is
         // cancelled, and so is whatever else a page asks for that nobody answers.
@@ -172,6 +179,7 @@ public:
     void load(const QUrl &url) override
     {
         m_isLoading = true;
+        m_view->show();
         m_page->load(url);
     }
 

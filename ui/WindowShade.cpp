@@ -14,8 +14,7 @@ void turnIntoInk(QImage &picture)
         auto *line = reinterpret_cast<QRgb *>(picture.scanLine(y));
         for (int x = 0; x < picture.width(); ++x) {
             const int inside = std::max(0, 2 * qAlpha(line[x]) - 255);
-            line[x] =
-                qPremultiply(qRgba(qRed(Ink), qGreen(Ink), qBlue(Ink), inside * Depth / 255));
+            line[x] = qPremultiply(qRgba(qRed(Ink), qGreen(Ink), qBlue(Ink), inside * Depth / 255));
         }
     }
 }
