@@ -49,6 +49,7 @@ class TestAlertPanel : public QObject
 
 private slots:
     void initTestCase();
+    void cleanup();
     void answersByKeyboard_data();
     void answersByKeyboard();
     void answersByButton_data();
@@ -92,6 +93,9 @@ void TestAlertPanel::initTestCase()
     m_window.show();
     m_presenter.setWindow(&m_window);
 }
+
+// A panel that a failed test left behind would answer in the next one.
+void TestAlertPanel::cleanup() { delete shownPanel(); }
 
 void TestAlertPanel::whenShown(const std::function<void(AlertPanel &)> &block)
 {

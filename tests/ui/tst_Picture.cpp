@@ -37,6 +37,8 @@ private slots:
     void isNoneWithoutADrawing();
     void tellsTheLogWhenItCannotBeDrawn();
     void takesThePlaceOfWhatLiesBehind();
+    void hasEachIconOfTheMacSet_data();
+    void hasEachIconOfTheMacSet();
 };
 
 void TestPicture::isDrawnFromWhereItLies()
@@ -110,6 +112,27 @@ void TestPicture::takesThePlaceOfWhatLiesBehind()
     QCOMPARE(look().pixelColor(0, 0), QColor(Qt::red)); // past the plate's round corner
     view.setReplacesBackground(true);
     QCOMPARE(look().pixelColor(0, 0).alpha(), 0);
+}
+
+void TestPicture::hasEachIconOfTheMacSet_data()
+{
+    QTest::addColumn<int>("pixels");
+    for (const int points : {16, 32, 128, 256, 512}) {
+        const QString name = QStringLiteral("icon_%1x%1").arg(points);
+        QTest::newRow(qPrintable(name + QStringLiteral(".png"))) << points;
+        QTest::newRow(qPrintable(name + QStringLiteral("@2x.png"))) << 2 * points;
+    }
+}
+
+void TestPicture::hasEachIconOfTheMacSet()
+{
+    QFETCH(int, pixels);
+    const QImage icon(
+        QStringLiteral(QUELLMOOR_SOURCE_FOLDER "/ui/artwork/icons/Quellmoor.iconset/") +
+        QString::fromLatin1(QTest::currentDataTag()));
+    QCOMPARE(icon.size(), QSize(pixels, pixels));
+    QVERIFY(icon.hasAlphaChannel());
+    QCOMPARE(qAlpha(icon.pixel(pixels / 2, pixels / 2)), 255);
 }
 
 QUELLMOOR_TEST(TestPicture, "Picture")
